@@ -1,0 +1,178 @@
+/* qnummath: the public C interface of the numerical mathematics library.
+ *
+ * Every routine reports problems on a per-thread error stack instead of returning codes:
+ * call a routine, then ask qnum_n1rty(1) for the type of its error (0: none) and
+ * qnum_20305() for its code. Results the library allocates are released with
+ * qnum_free_allocated_memory. Optional arguments follow the required ones as a list of
+ * option codes, each followed by its values, closed by 0.
+ */
+#ifndef QNUMMATH_H
+#define QNUMMATH_H
+
+#include <stdio.h>
+
+#if defined(_WIN32)
+#define QNUM_API __declspec(dllexport)
+#elif defined(__GNUC__)
+#define QNUM_API __attribute__((visibility("default")))
+#else
+#define QNUM_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------
+ * Shared types
+ * ------------------------------------------------------------------------------------------ */
+
+/* Complex numbers: two consecutive reals, real part first. */
+typedef struct qnum_f_complex { float re, im; } qnum_f_complex;
+typedef struct qnum_d_complex { double re, im; } qnum_d_complex;
+
+/* Error types. */
+#define QNUM_NOTE 1
+#define QNUM_ALERT 2
+#define QNUM_WARNING 3
+#define QNUM_FATAL 4
+#define QNUM_TERMINAL 5
+#define QNUM_WARNING_IMMEDIATE 6
+#define QNUM_FATAL_IMMEDIATE 7
+#define QNUM_INTERNAL 8
+
+/* Option codes shared by many routines. */
+#define QNUM_RETURN_USER 10260
+#define QNUM_FCN_W_DATA 13101
+
+/* A printer receives (type, code, routine name, message text). */
+typedef void (*qnum_error_printer)(int type, int code, const char* routine, const char* message);
+/* The notification callback receives (type, code, message text) of every reported error. */
+typedef void (*qnum_error_callback)(int type, int code, const char* message);
+
+/* ------------------------------------------------------------------------------------------
+ * Error stack
+ * ------------------------------------------------------------------------------------------ */
+
+/* Enter a routine level named `name` (a constant string, not copied). Overflowing the
+ * 200-entry stack raises INTERNAL 60000. */
+QNUM_API void qnum_e1psh(const char* name);
+/* Leave the level `name`: report its error if control returns to a user level, pass the
+ * error up if it is at least as severe as the caller's, stop the process if the policy says
+ * so. A name differing from the top's raises INTERNAL 60001. */
+QNUM_API void qnum_e1pop(const char* name);
+/* Raise error `code` of `type` with the catalogue's text for the code. */
+QNUM_API void qnum_ermes(int type, int code);
+/* Raise with an explicit message template. Type -1 re-reports (code -1) or recodes the top. */
+QNUM_API void qnum_e1mes(int type, int code, const char* message_template);
+/* Substitution slots 1..9 for %(i1) %(r1) %(d1) %(c1) %(z1) %(l1); other k are ignored.
+ * qnum_e1stl takes |k|; strings are not copied. */
+QNUM_API void qnum_e1sti(int k, int value);
+QNUM_API void qnum_e1str(int k, float value);
+QNUM_API void qnum_e1std(int k, double value);
+QNUM_API void qnum_e1stc(int k, qnum_f_complex value);
+QNUM_API void qnum_e1stz(int k, qnum_d_complex value);
+QNUM_API void qnum_e1stl(int k, const char* value);
+/* Level 0: type (code) raised at the current level; level 1: of the level popped last.
+ * Any other level raises INTERNAL 122. */
+QNUM_API int qnum_n1rty(int level);
+QNUM_API int qnum_n1rcd(int level);
+/* Code of the error of the last public routine called (0: none). */
+QNUM_API int qnum_20305(void);
+/* type < 0: read the print and stop flags of |type|; 1..8: set flags from positive values;
+ * 0: set types 1..7 from values of 0 or more. A type outside -8..8 raises TERMINAL 132. */
+QNUM_API void qnum_e1pos(int type, int* print, int* stop);
+/* "ON" marks the current level as a user level (errors of deeper levels report on return to
+ * it); "OFF" clears the mark. Only the second character is looked at. */
+QNUM_API void qnum_e1usr(const char* on_off);
+/* Process-wide callback that receives every reported error; set it before threads start. */
+QNUM_API void qnum_set_at_checksum(qnum_error_callback callback);
+
+/* qnum_error_options(option, values..., 0): error policy per thread.
+ * Errors: TERMINAL 132 for a type outside 1..7, TERMINAL 103 for an unknown option. */
+QNUM_API void qnum_error_options(int option, ...);
+
+#define QNUM_SET_PRINT 10188           /* int type, int setting */
+#define QNUM_GET_PRINT 10189           /* int type, int* */
+#define QNUM_SET_STOP 10190            /* int type, int setting */
+#define QNUM_GET_STOP 10191            /* int type, int* */
+#define QNUM_GET_TRACEBACK 10192       /* int type, int* */
+#define QNUM_SET_TRACEBACK 10193       /* int type, int setting */
+#define QNUM_SET_ERROR_FILE 10194      /* FILE*: error output of this thread */
+#define QNUM_ERROR_PRINT_PROC 10195    /* qnum_error_printer, or NULL for the stream printer */
+#define QNUM_SET_ERROR_PATH 10196      /* const char*: catalogue search path of this thread */
+#define QNUM_SET_ERROR_FILE_NAME 10197 /* const char*: catalogue file name */
+#define QNUM_GET_ERROR_FILE 10210      /* FILE** */
+#define QNUM_FULL_TRACEBACK 10301      /* int: nonzero lists every level */
+#define QNUM_GET_ERROR_PRINTER 50000   /* int*: 50002 stream, 50003 message box, 50004 console */
+#define QNUM_SET_ERROR_PRINTER 50001   /* int kind */
+#define QNUM_SIGNAL_TRAPPING 50012     /* int: process-wide fault trapping on or off */
+
+#define QNUM_PRINTER_STREAM 50002
+#define QNUM_PRINTER_MESSAGE_BOX 50003
+#define QNUM_PRINTER_CONSOLE 50004
+
+/* ------------------------------------------------------------------------------------------
+ * Public-routine frame
+ * ------------------------------------------------------------------------------------------ */
+
+/* Turn fault trapping off for the process. Multi-threaded programs call this (or
+ * qnum_error_options(QNUM_SIGNAL_TRAPPING, 0, 0)) before a second thread calls the library.
+ * With trapping on, a SIGSEGV or SIGILL inside a library routine becomes TERMINAL 511 or 504
+ * followed by TERMINAL 102. The library installs its fault handler once, at the first
+ * trapped call; a handler the program installed before that keeps receiving the faults
+ * raised outside library calls. */
+QNUM_API void qnum_skip_signal_handler(void);
+/* Release a block that a routine allocated and handed to the caller. */
+QNUM_API void qnum_free_allocated_memory(void* p);
+
+/* ------------------------------------------------------------------------------------------
+ * Machine constants and IEEE values
+ * ------------------------------------------------------------------------------------------ */
+
+/* 1 smallest normalised, 2 largest, 3 smallest relative spacing, 4 largest relative spacing
+ * (epsilon), 5 log10(2), 6 quiet NaN, 7 +inf, 8 -inf. Other i: TERMINAL 12009, result 0. */
+QNUM_API float qnum_amach(int i);
+QNUM_API double qnum_dmach(int i);
+/* The same tables in the public-routine frame; i outside 1..8 raises TERMINAL 132. */
+QNUM_API float qnum_f_machine(int i);
+QNUM_API double qnum_d_machine(int i);
+/* Integer constants 0..12 (bases, digit counts, largest integers, exponent limits);
+ * i outside 0..12 raises TERMINAL 132. */
+QNUM_API int qnum_i_machine(int i);
+/* Stream units of the calling thread: 1 input, 2 output, 3 error output.
+ * n > 0: *p := unit n; n < 0: unit |n| := *p. |n| outside 1..3: TERMINAL 12010. */
+QNUM_API void qnum_umach(int n, FILE** p);
+/* 1 if x is a NaN (looking only at its bits), else 0. */
+QNUM_API int qnum_ifnan(float x);
+QNUM_API int qnum_difnan(double x);
+
+/* ------------------------------------------------------------------------------------------
+ * Version query
+ * ------------------------------------------------------------------------------------------ */
+
+#define QNUM_OS_VERSION 10272       /* from QNL_OS_VERSION */
+#define QNUM_COMPILER_VERSION 10273 /* from QNL_COMPILER_VERSION */
+#define QNUM_LIBRARY_VERSION 10274  /* "QNUM C/Math/Library Version " + QNL_VERSION */
+#define QNUM_LICENSE_NUMBER 10308   /* from QNL_LICENSE_NUMBER */
+/* Returns a new string (free with qnum_free_allocated_memory); another code raises TERMINAL
+ * 103 and returns NULL. */
+QNUM_API char* qnum_version(int code);
+
+/* ------------------------------------------------------------------------------------------
+ * Vector, matrix-vector and matrix-matrix kernels
+ * ------------------------------------------------------------------------------------------ */
+
+/* (kernels section) */
+
+/* ------------------------------------------------------------------------------------------
+ * Uniform random numbers
+ * ------------------------------------------------------------------------------------------ */
+
+/* (random section) */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* QNUMMATH_H */

@@ -1,0 +1,126 @@
+// The per-thread context and its accessor, the signal-trapping switch and the stream units.
+#include "frame/context.hpp"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "frame/printers.hpp"
+#include "frame/registry.hpp"
+
+namespace qnum {
+
+std::atomic<int> multi_thread_fault{0};
+std::atomic<int> signal_trapping{1};
+
+namespace {
+
+registry::OnceFlag context_key_once{0};
+int context_key = 0;
+registry::OnceFlag creation_lock_once{0};
+platform::Mutex creation_lock;
+platform::Mutex signal_lock;
+std::atomic<Context*> first{nullptr};
+bool first_recorded = false;  // under creation_lock; stays set when the first thread ends
+
+void destroy_context(void* p) {
+    auto* c = static_cast<Context*>(p);
+    if (c == nullptr) return;
+    Context* expected = c;
+    first.compare_exchange_strong(expected, nullptr);
+    std::free(c->msg);
+    std::free(c->catalogue.search_path);
+    std::free(c->catalogue.owned_file_name);
+    std::free(c->catalogue.message);
+    c->~Context();
+    std::free(c);
+}
+
+void create_context_key() { registry::key_create(&context_key, destroy_context); }
+void init_creation_lock() {}
+
+const char* const type_names[9] = {"INTERNAL", "NOTE    ", "ALERT   ", "WARNING ", "FATAL   ",
+                                   "TERMINAL", "WARNING_IMMEDIATE", "FATAL_IMMEDIATE", "INTERNAL"};
+const std::uint8_t default_print[9] = {0, 0, 0, 1, 1, 1, 1, 1, 1};
+const std::uint8_t default_stop[9] = {0, 0, 0, 0, 1, 1, 0, 0, 1};
+const std::uint8_t default_traceback[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1};
+const std::uint8_t default_immediate[9] = {0, 0, 0, 0, 0, 1, 1, 1, 1};
+
+Context* create_context() {
+    void* mem = std::malloc(sizeof(Context));
+    if (mem == nullptr) std::abort();  // nothing can be reported without a context
+    auto* c = new (mem) Context;
+    registry::once(creation_lock_once, init_creation_lock);
+    {
+        platform::Lock guard(creation_lock);
+        if (!first_recorded) {
+            first_recorded = true;
+            first.store(c, std::memory_order_release);
+        } else if (signal_trapping.load(std::memory_order_relaxed)) {
+            multi_thread_fault.store(1, std::memory_order_relaxed);
+        }
+    }
+    c->msg_cap = 2048;
+    c->msg = static_cast<char*>(std::malloc(c->msg_cap));
+    if (c->msg == nullptr) std::abort();
+    c->msg[0] = '\0';
+    c->stack[0] = StackEntry{0, 1, 0, "USER"};
+    c->top = &c->stack[0];
+    c->printer = frame::stream_printer;
+    for (int t = 0; t < 9; ++t) {
+        c->type_names[t] = type_names[t];
+        c->print[t] = default_print[t];
+        c->stop[t] = default_stop[t];
+        c->traceback[t] = default_traceback[t];
+        c->immediate[t] = default_immediate[t];
+    }
+    c->catalogue.file_name = "qnumerr.bin";
+    registry::set_value(context_key, c);
+    return c;
+}
+
+}  // namespace
+
+Context* context() {
+    registry::once(context_key_once, create_context_key);
+    if (void* v = registry::get_value(context_key)) return static_cast<Context*>(v);
+    return create_context();
+}
+
+Context* context_if_any() {
+    if (!context_key_once.load(std::memory_order_acquire)) return nullptr;
+    return static_cast<Context*>(registry::get_value(context_key));
+}
+
+Context* first_context() { return first.load(std::memory_order_acquire); }
+
+void set_signal_trapping(int value) {
+    if (signal_trapping.load(std::memory_order_relaxed) == value) return;
+    platform::Lock guard(signal_lock);
+    signal_trapping.store(value, std::memory_order_relaxed);
+}
+
+// ---- stream units ----
+namespace {
+registry::OnceFlag units_once{0};
+int units_key = 0;
+void free_units(void* p) { std::free(p); }
+void create_units_key() { registry::key_create(&units_key, free_units); }
+}  // namespace
+
+std::FILE** stream_units() {
+    registry::once(units_once, create_units_key);
+    if (void* v = registry::get_value(units_key)) return static_cast<std::FILE**>(v);
+    auto* units = static_cast<std::FILE**>(std::malloc(3 * sizeof(std::FILE*)));
+    if (units == nullptr) return nullptr;
+    units[0] = stdin;
+    units[1] = stdout;
+    units[2] = stderr;
+    if (registry::set_value(units_key, units) != registry::ok) {
+        std::free(units);
+        return nullptr;
+    }
+    return units;
+}
+
+}  // namespace qnum
