@@ -163,7 +163,14 @@ QNUM_API char* qnum_version(int code);
  * Vector, matrix-vector and matrix-matrix kernels
  * ------------------------------------------------------------------------------------------ */
 
-/* (kernels section) */
+/* (kernels: level 1, level 2 and the library's own helpers) */
+
+/* ------------------------------------------------------------------------------------------
+ * Matrix-matrix kernels (convention 3: every argument by address, each option string
+ * followed by its length passed by value)
+ * ------------------------------------------------------------------------------------------ */
+
+/* (kernels: level 3) */
 
 /* ------------------------------------------------------------------------------------------
  * Uniform random numbers
