@@ -1,0 +1,90 @@
+// Hermitian (for real data symmetric) matrix-vector products: full, band and packed storage.
+#include "kernels/columns.hpp"
+#include "kernels/level2.hpp"
+
+namespace qnum::kern {
+namespace {
+
+// The stored off-diagonal part of column j: rows i0 .. i0+len-1 at p[0 .. len-1], and the
+// diagonal element d.
+template <class T>
+struct Seg {
+    const T* p;
+    idx i0, len;
+    T d;
+};
+
+// One pass over the stored triangle, column by column: each stored a(i,j) off the diagonal
+// contributes a(i,j) x(j) to y(i) and conj(a(i,j)) x(i) to y(j), so A is read once. The
+// layouts differ only in where column j lives (`column`).
+template <class T, class Column>
+void hermitian_product(int n, T alpha, const T* x, int incx, T beta, T* y, int incy,
+                       Column column) {
+    if (n == 0 || (alpha == T(0) && beta == T(1))) return;
+    scale_y(n, beta, y, incy);
+    if (alpha == T(0)) return;
+    const T* xp = x + first(n, incx);
+    T* yp = y + first(n, incy);
+    for (idx j = 0; j < n; ++j) {
+        const Seg<T> s = column(j);
+        const T t1 = mul(alpha, xp[j * incx]);
+        col_axpy(s.len, t1, s.p, yp + s.i0 * incy, incy);
+        const T t2 = col_dot(s.len, s.p, xp + s.i0 * incx, incx, true);
+        yp[j * incy] += mul(t1, real_part(s.d)) + mul(alpha, t2);
+    }
+}
+
+}  // namespace
+
+template <class T>
+void hemv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+          int incy) {
+    const bool upper = uplo == 'U';
+    hermitian_product(n, alpha, x, incx, beta, y, incy, [=](idx j) {
+        const T* col = a + j * lda;
+        return upper ? Seg<T>{col, 0, j, col[j]} : Seg<T>{col + j + 1, j + 1, n - 1 - j, col[j]};
+    });
+}
+
+// Band storage: column j's diagonal sits in row k (upper) or row 0 (lower) of the band array.
+template <class T>
+void hbmv(char uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int incx, T beta,
+          T* y, int incy) {
+    const bool upper = uplo == 'U';
+    hermitian_product(n, alpha, x, incx, beta, y, incy, [=](idx j) {
+        const T* col = a + j * lda;
+        if (upper) {
+            const idx i0 = j - k > 0 ? j - k : 0;
+            return Seg<T>{col + (k + i0 - j), i0, j - i0, col[k]};
+        }
+        const idx i1 = j + k < n - 1 ? j + k : n - 1;
+        return Seg<T>{col + 1, j + 1, i1 - j, col[0]};
+    });
+}
+
+// Packed storage: column j starts at j(j+1)/2 (upper) or j(2n-j+1)/2 (lower).
+template <class T>
+void hpmv(char uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta, T* y,
+          int incy) {
+    const bool upper = uplo == 'U';
+    hermitian_product(n, alpha, x, incx, beta, y, incy, [=](idx j) {
+        if (upper) {
+            const T* col = ap + j * (j + 1) / 2;
+            return Seg<T>{col, 0, j, col[j]};
+        }
+        const T* col = ap + j * (2 * static_cast<idx>(n) - j + 1) / 2;
+        return Seg<T>{col + 1, j + 1, n - 1 - j, col[0]};
+    });
+}
+
+#define QNUM_KERN_SYMV(T)                                                                      \
+    template void hemv<T>(char, int, T, const T*, int, const T*, int, T, T*, int);            \
+    template void hbmv<T>(char, int, int, T, const T*, int, const T*, int, T, T*, int);       \
+    template void hpmv<T>(char, int, T, const T*, const T*, int, T, T*, int);
+QNUM_KERN_SYMV(float)
+QNUM_KERN_SYMV(double)
+QNUM_KERN_SYMV(std::complex<float>)
+QNUM_KERN_SYMV(std::complex<double>)
+#undef QNUM_KERN_SYMV
+
+}  // namespace qnum::kern

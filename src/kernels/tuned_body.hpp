@@ -1,0 +1,263 @@
+// The tuned inner kernels, written once over a small vector interface and compiled once per
+// instruction set: tuned_avx2.cpp and tuned_avx512.cpp include this file inside a namespace
+// of their own, with their own compiler flags.
+//
+// The kernels are bound by memory traffic for long vectors, so they aim at streaming each
+// array exactly once: several independent accumulators hide the latency of the fused
+// multiply-add, and the matrix-vector products keep their short vector in the first-level
+// cache while the matrix streams past it.
+#include <cmath>
+#include <immintrin.h>
+
+// GCC 12 reports the deliberately undefined registers inside its own AVX-512 reduction
+// intrinsics as uninitialized; the warnings are about the compiler's header, not this code.
+#pragma GCC diagnostic ignored "-Wuninitialized"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
+#include "kernels/tuned.hpp"
+
+namespace {
+
+template <class T>
+struct V;
+
+#if defined(__AVX512F__)
+template <>
+struct V<double> {
+    using R = __m512d;
+    static constexpr long w = 8;
+    static R zero() { return _mm512_setzero_pd(); }
+    static R set1(double a) { return _mm512_set1_pd(a); }
+    static R load(const double* p) { return _mm512_loadu_pd(p); }
+    static void store(double* p, R v) { _mm512_storeu_pd(p, v); }
+    static R fma(R a, R b, R c) { return _mm512_fmadd_pd(a, b, c); }
+    static R add(R a, R b) { return _mm512_add_pd(a, b); }
+    static R max(R a, R b) { return _mm512_max_pd(a, b); }
+    static R abs(R a) { return _mm512_abs_pd(a); }
+    static double sum(R a) { return _mm512_reduce_add_pd(a); }
+    static double hmax(R a) { return _mm512_reduce_max_pd(a); }
+    // The squares of the next w elements, widened to double (the identity here).
+    static R wide(const double* p) { return load(p); }
+};
+
+template <>
+struct V<float> {
+    using R = __m512;
+    static constexpr long w = 16;
+    static R zero() { return _mm512_setzero_ps(); }
+    static R set1(float a) { return _mm512_set1_ps(a); }
+    static R load(const float* p) { return _mm512_loadu_ps(p); }
+    static void store(float* p, R v) { _mm512_storeu_ps(p, v); }
+    static R fma(R a, R b, R c) { return _mm512_fmadd_ps(a, b, c); }
+    static R add(R a, R b) { return _mm512_add_ps(a, b); }
+    static R max(R a, R b) { return _mm512_max_ps(a, b); }
+    static R abs(R a) { return _mm512_abs_ps(a); }
+    static float sum(R a) { return _mm512_reduce_add_ps(a); }
+    static float hmax(R a) { return _mm512_reduce_max_ps(a); }
+    static __m512d wide(const float* p) { return _mm512_cvtps_pd(_mm256_loadu_ps(p)); }
+};
+#else
+template <>
+struct V<double> {
+    using R = __m256d;
+    static constexpr long w = 4;
+    static R zero() { return _mm256_setzero_pd(); }
+    static R set1(double a) { return _mm256_set1_pd(a); }
+    static R load(const double* p) { return _mm256_loadu_pd(p); }
+    static void store(double* p, R v) { _mm256_storeu_pd(p, v); }
+    static R fma(R a, R b, R c) { return _mm256_fmadd_pd(a, b, c); }
+    static R add(R a, R b) { return _mm256_add_pd(a, b); }
+    static R max(R a, R b) { return _mm256_max_pd(a, b); }
+    static R abs(R a) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), a); }
+    static double sum(R a) {
+        __m128d s = _mm_add_pd(_mm256_castpd256_pd128(a), _mm256_extractf128_pd(a, 1));
+        return _mm_cvtsd_f64(_mm_add_sd(s, _mm_unpackhi_pd(s, s)));
+    }
+    static double hmax(R a) {
+        __m128d s = _mm_max_pd(_mm256_castpd256_pd128(a), _mm256_extractf128_pd(a, 1));
+        return _mm_cvtsd_f64(_mm_max_sd(s, _mm_unpackhi_pd(s, s)));
+    }
+    static R wide(const double* p) { return load(p); }
+};
+
+template <>
+struct V<float> {
+    using R = __m256;
+    static constexpr long w = 8;
+    static R zero() { return _mm256_setzero_ps(); }
+    static R set1(float a) { return _mm256_set1_ps(a); }
+    static R load(const float* p) { return _mm256_loadu_ps(p); }
+    static void store(float* p, R v) { _mm256_storeu_ps(p, v); }
+    static R fma(R a, R b, R c) { return _mm256_fmadd_ps(a, b, c); }
+    static R add(R a, R b) { return _mm256_add_ps(a, b); }
+    static R max(R a, R b) { return _mm256_max_ps(a, b); }
+    static R abs(R a) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a); }
+    static float sum(R a) {
+        __m128 s = _mm_add_ps(_mm256_castps256_ps128(a), _mm256_extractf128_ps(a, 1));
+        s = _mm_add_ps(s, _mm_movehl_ps(s, s));
+        return _mm_cvtss_f32(_mm_add_ss(s, _mm_shuffle_ps(s, s, 1)));
+    }
+    static float hmax(R a) {
+        __m128 s = _mm_max_ps(_mm256_castps256_ps128(a), _mm256_extractf128_ps(a, 1));
+        s = _mm_max_ps(s, _mm_movehl_ps(s, s));
+        return _mm_cvtss_f32(_mm_max_ss(s, _mm_shuffle_ps(s, s, 1)));
+    }
+    static __m256d wide(const float* p) { return _mm256_cvtps_pd(_mm_loadu_ps(p)); }
+};
+#endif
+
+template <class T>
+T dot(long n, const T* x, const T* y) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    auto s0 = v::zero(), s1 = v::zero(), s2 = v::zero(), s3 = v::zero();
+    long i = 0;
+    for (; i + 4 * w <= n; i += 4 * w) {
+        s0 = v::fma(v::load(x + i), v::load(y + i), s0);
+        s1 = v::fma(v::load(x + i + w), v::load(y + i + w), s1);
+        s2 = v::fma(v::load(x + i + 2 * w), v::load(y + i + 2 * w), s2);
+        s3 = v::fma(v::load(x + i + 3 * w), v::load(y + i + 3 * w), s3);
+    }
+    for (; i + w <= n; i += w) s0 = v::fma(v::load(x + i), v::load(y + i), s0);
+    T s = v::sum(v::add(v::add(s0, s1), v::add(s2, s3)));
+    for (; i < n; ++i) s += x[i] * y[i];
+    return s;
+}
+
+template <class T>
+void axpy(long n, T a, const T* x, T* y) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    const auto va = v::set1(a);
+    long i = 0;
+    for (; i + 4 * w <= n; i += 4 * w) {
+        auto y0 = v::fma(va, v::load(x + i), v::load(y + i));
+        auto y1 = v::fma(va, v::load(x + i + w), v::load(y + i + w));
+        auto y2 = v::fma(va, v::load(x + i + 2 * w), v::load(y + i + 2 * w));
+        auto y3 = v::fma(va, v::load(x + i + 3 * w), v::load(y + i + 3 * w));
+        v::store(y + i, y0);
+        v::store(y + i + w, y1);
+        v::store(y + i + 2 * w, y2);
+        v::store(y + i + 3 * w, y3);
+    }
+    for (; i + w <= n; i += w) v::store(y + i, v::fma(va, v::load(x + i), v::load(y + i)));
+    for (; i < n; ++i) y[i] += a * x[i];
+}
+
+template <class T>
+double sumsq(long n, const T* x, T* amax) {
+    using v = V<T>;
+    using d = V<double>;
+    constexpr long w = d::w;  // elements per double vector
+    auto s0 = d::zero(), s1 = d::zero(), s2 = d::zero(), s3 = d::zero();
+    auto m0 = d::zero(), m1 = d::zero();
+    long i = 0;
+    for (; i + 4 * w <= n; i += 4 * w) {
+        auto a0 = v::wide(x + i), a1 = v::wide(x + i + w);
+        auto a2 = v::wide(x + i + 2 * w), a3 = v::wide(x + i + 3 * w);
+        s0 = d::fma(a0, a0, s0);
+        s1 = d::fma(a1, a1, s1);
+        s2 = d::fma(a2, a2, s2);
+        s3 = d::fma(a3, a3, s3);
+        m0 = d::max(m0, d::max(d::abs(a0), d::abs(a1)));
+        m1 = d::max(m1, d::max(d::abs(a2), d::abs(a3)));
+    }
+    double s = d::sum(d::add(d::add(s0, s1), d::add(s2, s3)));
+    double m = d::hmax(d::max(m0, m1));
+    for (; i < n; ++i) {
+        double a = x[i];
+        s += a * a;
+        m = std::fmax(m, std::fabs(a));
+    }
+    *amax = static_cast<T>(m);
+    return s;
+}
+
+// Rows are taken in blocks that keep the block of y in the first-level cache; within a block
+// four columns are added at a time, so y is loaded and stored once per four columns.
+template <class T>
+void gemv_n(long m, long n, T alpha, const T* a, long lda, const T* x, long incx, T* y) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    constexpr long block = 16384 / static_cast<long>(sizeof(T));  // 16 KiB of y
+    for (long i0 = 0; i0 < m; i0 += block) {
+        const long mb = m - i0 < block ? m - i0 : block;
+        T* yb = y + i0;
+        long j = 0;
+        for (; j + 4 <= n; j += 4) {
+            const T t0 = alpha * x[j * incx], t1 = alpha * x[(j + 1) * incx];
+            const T t2 = alpha * x[(j + 2) * incx], t3 = alpha * x[(j + 3) * incx];
+            const T* a0 = a + j * lda + i0;
+            const T* a1 = a0 + lda;
+            const T* a2 = a1 + lda;
+            const T* a3 = a2 + lda;
+            const auto v0 = v::set1(t0), v1 = v::set1(t1), v2 = v::set1(t2), v3 = v::set1(t3);
+            long i = 0;
+            for (; i + 2 * w <= mb; i += 2 * w) {
+                auto y0 = v::load(yb + i), y1 = v::load(yb + i + w);
+                y0 = v::fma(v::load(a0 + i), v0, y0);
+                y1 = v::fma(v::load(a0 + i + w), v0, y1);
+                y0 = v::fma(v::load(a1 + i), v1, y0);
+                y1 = v::fma(v::load(a1 + i + w), v1, y1);
+                y0 = v::fma(v::load(a2 + i), v2, y0);
+                y1 = v::fma(v::load(a2 + i + w), v2, y1);
+                y0 = v::fma(v::load(a3 + i), v3, y0);
+                y1 = v::fma(v::load(a3 + i + w), v3, y1);
+                v::store(yb + i, y0);
+                v::store(yb + i + w, y1);
+            }
+            for (; i < mb; ++i) {
+                T s = yb[i];
+                s = std::fma(a0[i], t0, s);
+                s = std::fma(a1[i], t1, s);
+                s = std::fma(a2[i], t2, s);
+                yb[i] = std::fma(a3[i], t3, s);
+            }
+        }
+        for (; j < n; ++j) axpy(mb, alpha * x[j * incx], a + j * lda + i0, yb);
+    }
+}
+
+// Four columns at a time, two accumulators per column: eight independent chains of fused
+// multiply-adds, and x is loaded once for the four columns.
+template <class T>
+void gemv_t(long m, long n, T alpha, const T* a, long lda, const T* x, T* y, long incy) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    long j = 0;
+    for (; j + 4 <= n; j += 4) {
+        const T* a0 = a + j * lda;
+        const T* a1 = a0 + lda;
+        const T* a2 = a1 + lda;
+        const T* a3 = a2 + lda;
+        auto p0 = v::zero(), p1 = v::zero(), p2 = v::zero(), p3 = v::zero();
+        auto q0 = v::zero(), q1 = v::zero(), q2 = v::zero(), q3 = v::zero();
+        long i = 0;
+        for (; i + 2 * w <= m; i += 2 * w) {
+            const auto x0 = v::load(x + i), x1 = v::load(x + i + w);
+            p0 = v::fma(v::load(a0 + i), x0, p0);
+            q0 = v::fma(v::load(a0 + i + w), x1, q0);
+            p1 = v::fma(v::load(a1 + i), x0, p1);
+            q1 = v::fma(v::load(a1 + i + w), x1, q1);
+            p2 = v::fma(v::load(a2 + i), x0, p2);
+            q2 = v::fma(v::load(a2 + i + w), x1, q2);
+            p3 = v::fma(v::load(a3 + i), x0, p3);
+            q3 = v::fma(v::load(a3 + i + w), x1, q3);
+        }
+        T s0 = v::sum(v::add(p0, q0)), s1 = v::sum(v::add(p1, q1));
+        T s2 = v::sum(v::add(p2, q2)), s3 = v::sum(v::add(p3, q3));
+        for (; i < m; ++i) {
+            s0 += a0[i] * x[i];
+            s1 += a1[i] * x[i];
+            s2 += a2[i] * x[i];
+            s3 += a3[i] * x[i];
+        }
+        y[j * incy] += alpha * s0;
+        y[(j + 1) * incy] += alpha * s1;
+        y[(j + 2) * incy] += alpha * s2;
+        y[(j + 3) * incy] += alpha * s3;
+    }
+    for (; j < n; ++j) y[j * incy] += alpha * dot(m, a + j * lda, x);
+}
+
+}  // namespace
