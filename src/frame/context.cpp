@@ -10,6 +10,7 @@
 
 namespace qnum {
 
+__thread Context* this_thread_context = nullptr;
 std::atomic<int> multi_thread_fault{0};
 std::atomic<int> signal_trapping{1};
 
@@ -28,6 +29,7 @@ void destroy_context(void* p) {
     if (c == nullptr) return;
     Context* expected = c;
     first.compare_exchange_strong(expected, nullptr);
+    if (this_thread_context == c) this_thread_context = nullptr;
     std::free(c->msg);
     std::free(c->catalogue.search_path);
     std::free(c->catalogue.owned_file_name);
@@ -46,7 +48,11 @@ const std::uint8_t default_stop[9] = {0, 0, 0, 0, 1, 1, 0, 0, 1};
 const std::uint8_t default_traceback[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1};
 const std::uint8_t default_immediate[9] = {0, 0, 0, 0, 0, 1, 1, 1, 1};
 
+}  // namespace
+
 Context* create_context() {
+    registry::once(context_key_once, create_context_key);
+    if (void* v = registry::get_value(context_key)) return this_thread_context = static_cast<Context*>(v);
     void* mem = std::malloc(sizeof(Context));
     if (mem == nullptr) std::abort();  // nothing can be reported without a context
     auto* c = new (mem) Context;
@@ -64,7 +70,7 @@ Context* create_context() {
     c->msg = static_cast<char*>(std::malloc(c->msg_cap));
     if (c->msg == nullptr) std::abort();
     c->msg[0] = '\0';
-    c->stack[0] = StackEntry{0, 1, 0, "USER"};
+    c->stack[0] = StackEntry{0, 1, 0, "USER", "USER"};
     c->top = &c->stack[0];
     c->printer = frame::stream_printer;
     for (int t = 0; t < 9; ++t) {
@@ -76,20 +82,8 @@ Context* create_context() {
     }
     c->catalogue.file_name = "qnumerr.bin";
     registry::set_value(context_key, c);
+    this_thread_context = c;
     return c;
-}
-
-}  // namespace
-
-Context* context() {
-    registry::once(context_key_once, create_context_key);
-    if (void* v = registry::get_value(context_key)) return static_cast<Context*>(v);
-    return create_context();
-}
-
-Context* context_if_any() {
-    if (!context_key_once.load(std::memory_order_acquire)) return nullptr;
-    return static_cast<Context*>(registry::get_value(context_key));
 }
 
 Context* first_context() { return first.load(std::memory_order_acquire); }

@@ -10,6 +10,8 @@
 #include <type_traits>
 
 #include "qnummath.h"
+#include "frame/context.hpp"
+#include "frame/error_stack.hpp"
 #include "frame/errors.hpp"  // generated from data/messages/*.msg: qnum::err::<name> = code
 
 namespace qnum::frame {
@@ -54,15 +56,15 @@ void raise_in(const char* name, Type type, int code, Slots... slots);
 
 // True when an error has been raised at the current level (workers test this once, after
 // all their checks).
-inline bool pending() { return qnum_n1rty(0) != 0; }
+inline bool pending() { return context()->status[0] != 0; }
 // True when the routine called last ended with an error of type FATAL or worse.
-inline bool failed_below() { return qnum_n1rty(1) >= 4; }
+inline bool failed_below() { return context()->status[1] >= 4; }
 
 // One error-stack level: pushes its name on construction and pops it on destruction.
 class Level {
 public:
-    explicit Level(const char* name) : name_(name) { qnum_e1psh(name); }
-    ~Level() { qnum_e1pop(name_); }
+    explicit Level(const char* name) : name_(name) { errors::push(name); }
+    ~Level() { errors::pop(name_); }
     Level(const Level&) = delete;
     Level& operator=(const Level&) = delete;
 
@@ -89,7 +91,7 @@ public:
 // ---- fault trapping (trap.cpp) ----
 namespace trap {
 bool enabled();                 // the process-wide switch, read without a lock
-sigjmp_buf* enter();            // takes the next jump buffer and arms the handler
+sigjmp_buf* enter();            // the next jump buffer, armed; null when none is left
 void leave();                   // the worker returned normally
 void after_fault();             // a fault jumped back: TERMINAL 102, disarm
 }  // namespace trap
@@ -100,8 +102,17 @@ void after_fault();             // a fault jumped back: TERMINAL 102, disarm
 template <class R, class F>
 R call(const char* name, F&& worker) noexcept {
     Level level(name);
-    if (qnum_n1rty(0) != 0) return R();
+    if (pending()) return R();
     if (!trap::enabled()) {
+        if constexpr (std::is_void_v<R>) {
+            worker();
+            return;
+        } else {
+            return worker();
+        }
+    }
+    sigjmp_buf* jump = trap::enter();
+    if (jump == nullptr) {  // all jump buffers in use: run without a trap
         if constexpr (std::is_void_v<R>) {
             worker();
             return;
@@ -111,7 +122,7 @@ R call(const char* name, F&& worker) noexcept {
     }
     // sigsetjmp must run in this frame, which stays alive while the worker runs; the mask is
     // not saved (no system call), the handler unblocks the signal itself before jumping.
-    if (sigsetjmp(*trap::enter(), 0) != 0) {
+    if (sigsetjmp(*jump, 0) != 0) {
         trap::after_fault();
         return R();
     }
@@ -159,9 +170,9 @@ private:
     va_list ap_;
     int position_;       // position of the next argument to be read
     int code_position_ = 0;
-    int first_code_;     // a code already read by the caller, or -1
+    int first_code_;     // a code the caller already read (a named parameter)
+    bool has_first_;
     bool done_ = false;
-    bool live_ = true;
 };
 
 template <class V>
