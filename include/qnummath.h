@@ -163,7 +163,400 @@ QNUM_API char* qnum_version(int code);
  * Vector, matrix-vector and matrix-matrix kernels
  * ------------------------------------------------------------------------------------------ */
 
-/* (kernels: level 1, level 2 and the library's own helpers) */
+/* Conventions of the kernels. Matrices are column-major with a leading dimension (lda, the
+ * distance between the starts of two columns); band matrices keep their diagonals as rows of
+ * an lda by n array (the highest super-diagonal on top), packed ones store one triangle column
+ * after column. A vector is (n, x, incx): element i (1-based) is x[(i-1)*incx] for incx > 0;
+ * for incx < 0 the walk starts at x[(1-n)*incx] and runs backwards. Complex values are two
+ * reals, real part first. Only the first character of an option string counts, in either
+ * case: trans "N" (none), "T" (transpose) or "C" (conjugate transpose); uplo "U" or "L";
+ * diag "U" (unit) or "N". Where an option is followed by a length, the length is not used.
+ *
+ * Four calling conventions:
+ *   1. lengths, increments, leading dimensions and real scalars by value;
+ *   2. every argument by address, no options;
+ *   3. every argument by address, each option string followed by its length (an int by value);
+ *   4. options without lengths, the rest by address.
+ *
+ * The Level 1 kernels and the numbered helpers make no checks: a length below 1 returns at
+ * once (0 for the functions). The Level 2 kernels check their arguments in the order listed
+ * with each family; the first failure raises a TERMINAL error under the routine tag shown
+ * (pushed, raised and popped), and nothing is written. Codes: 2033 m < 0 (i1 = m); 2014 n < 0
+ * (i1 = n); 1020 lda < m or lda = 0 (i1 = lda, i2 = m); 2024 lda < n or lda = 0 (i1 = lda,
+ * i2 = n); 1059 k < 0 (i1 = k); 1060 lda < k + 1 (i1 = lda, i2 = k); 2015 incx = 0 (i1);
+ * 2016 incy = 0 (i1); 1019 bad trans, 2017 bad uplo, 2040 bad diag (l1 = the string).
+ *
+ * Products y := alpha op(A) x + beta y return at once when alpha = 0 and beta = 1 (y is left
+ * bit for bit); beta = 0 assigns zeros to y, so NaNs in y do not survive. */
+
+/* ---- Level 1, real: convention 1 ---- */
+
+/* sum x(i) y(i); sdsdot adds sb and accumulates in double, dsdot returns the double sum. */
+QNUM_API float qnum_sdot(int n, const float* x, int incx, const float* y, int incy);
+QNUM_API double qnum_ddot(int n, const double* x, int incx, const double* y, int incy);
+QNUM_API float qnum_sdsdot(int n, float sb, const float* x, int incx, const float* y, int incy);
+QNUM_API double qnum_dsdot(int n, const float* x, int incx, const float* y, int incy);
+/* y := a x + y (a = 0 leaves y untouched). qnum_20723 and qnum_20724 are the same code. */
+QNUM_API void qnum_saxpy(int n, float a, const float* x, int incx, float* y, int incy);
+QNUM_API void qnum_daxpy(int n, double a, const double* x, int incx, double* y, int incy);
+/* x := a x; incx <= 0 returns. qnum_20729 and qnum_20730 are the same code. */
+QNUM_API void qnum_sscal(int n, float a, float* x, int incx);
+QNUM_API void qnum_dscal(int n, double a, double* x, int incx);
+/* y := x */
+QNUM_API void qnum_scopy(int n, const float* x, int incx, float* y, int incy);
+QNUM_API void qnum_dcopy(int n, const double* x, int incx, double* y, int incy);
+/* x <-> y. qnum_20735 and qnum_20736 are the same code. */
+QNUM_API void qnum_sswap(int n, float* x, int incx, float* y, int incy);
+QNUM_API void qnum_dswap(int n, double* x, int incx, double* y, int incy);
+/* Plane rotation: x := c x + s y, y := c y - s x. */
+QNUM_API void qnum_srot(int n, float* x, int incx, float* y, int incy, float c, float s);
+QNUM_API void qnum_drot(int n, double* x, int incx, double* y, int incy, double c, double s);
+/* Modified rotation; param = (flag, h11, h21, h12, h22), flag -2 the identity, -1 the full
+ * H, 0 unit diagonal, 1 h12 = 1 and h21 = -1. */
+QNUM_API void qnum_srotm(int n, float* x, int incx, float* y, int incy, const float* param);
+QNUM_API void qnum_drotm(int n, double* x, int incx, double* y, int incy, const double* param);
+/* Construct a rotation that zeroes b: a := r, b := z (the rotation coded in one number). */
+QNUM_API void qnum_srotg(float* a, float* b, float* c, float* s);
+QNUM_API void qnum_drotg(double* a, double* b, double* c, double* s);
+/* Construct a modified rotation that zeroes the second component of (sqrt(d1) x1,
+ * sqrt(d2) y1); d1, d2 and x1 are updated, param receives H. */
+QNUM_API void qnum_srotmg(float* d1, float* d2, float* x1, const float* y1, float* param);
+QNUM_API void qnum_drotmg(double* d1, double* d2, double* x1, const double* y1, double* param);
+/* Euclidean norm, scaled so that no finite input overflows. */
+QNUM_API float qnum_snrm2(int n, const float* x, int incx);
+QNUM_API double qnum_dnrm2(int n, const double* x, int incx);
+/* sum |x(i)|; incx <= 0 returns 0. */
+QNUM_API float qnum_sasum(int n, const float* x, int incx);
+QNUM_API double qnum_dasum(int n, const double* x, int incx);
+/* 1-based index of the first largest |x(i)|; n < 1 or incx <= 0 returns 0. */
+QNUM_API int qnum_isamax(int n, const float* x, int incx);
+QNUM_API int qnum_idamax(int n, const double* x, int incx);
+
+/* ---- Level 1, complex: convention 2 ---- */
+
+QNUM_API void qnum_caxpy(const int* n, const qnum_f_complex* a, const qnum_f_complex* x, const int* incx,
+                         qnum_f_complex* y, const int* incy);
+QNUM_API void qnum_zaxpy(const int* n, const qnum_d_complex* a, const qnum_d_complex* x, const int* incx,
+                         qnum_d_complex* y, const int* incy);
+QNUM_API void qnum_ccopy(const int* n, const qnum_f_complex* x, const int* incx, qnum_f_complex* y,
+                         const int* incy);
+QNUM_API void qnum_zcopy(const int* n, const qnum_d_complex* x, const int* incx, qnum_d_complex* y,
+                         const int* incy);
+/* x := a x (incx <= 0 returns); csscal and zdscal with a real a. */
+QNUM_API void qnum_cscal(const int* n, const qnum_f_complex* a, qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_zscal(const int* n, const qnum_d_complex* a, qnum_d_complex* x, const int* incx);
+QNUM_API void qnum_csscal(const int* n, const float* a, qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_zdscal(const int* n, const double* a, qnum_d_complex* x, const int* incx);
+QNUM_API void qnum_cswap(const int* n, qnum_f_complex* x, const int* incx, qnum_f_complex* y, const int* incy);
+QNUM_API void qnum_zswap(const int* n, qnum_d_complex* x, const int* incx, qnum_d_complex* y, const int* incy);
+/* Plane rotation of complex vectors with real c and s. */
+QNUM_API void qnum_csrot(const int* n, qnum_f_complex* x, const int* incx, qnum_f_complex* y, const int* incy,
+                         const float* c, const float* s);
+QNUM_API void qnum_zdrot(const int* n, qnum_d_complex* x, const int* incx, qnum_d_complex* y, const int* incy,
+                         const double* c, const double* s);
+/* Construct a rotation with real c and complex s that zeroes b: a := r, b unchanged. */
+QNUM_API void qnum_crotg(qnum_f_complex* a, const qnum_f_complex* b, float* c, qnum_f_complex* s);
+QNUM_API void qnum_zrotg(qnum_d_complex* a, const qnum_d_complex* b, double* c, qnum_d_complex* s);
+/* sum x(i) y(i) (dotu) and sum conj(x(i)) y(i) (dotc). */
+QNUM_API qnum_f_complex qnum_cdotu(const int* n, const qnum_f_complex* x, const int* incx,
+                                   const qnum_f_complex* y, const int* incy);
+QNUM_API qnum_d_complex qnum_zdotu(const int* n, const qnum_d_complex* x, const int* incx,
+                                   const qnum_d_complex* y, const int* incy);
+QNUM_API qnum_f_complex qnum_cdotc(const int* n, const qnum_f_complex* x, const int* incx,
+                                   const qnum_f_complex* y, const int* incy);
+QNUM_API qnum_d_complex qnum_zdotc(const int* n, const qnum_d_complex* x, const int* incx,
+                                   const qnum_d_complex* y, const int* incy);
+/* Index of the first largest |Re x(i)| + |Im x(i)|; sum of those magnitudes (incx <= 0
+ * returns 0); Euclidean norm. */
+QNUM_API int qnum_icamax(const int* n, const qnum_f_complex* x, const int* incx);
+QNUM_API int qnum_izamax(const int* n, const qnum_d_complex* x, const int* incx);
+QNUM_API float qnum_scasum(const int* n, const qnum_f_complex* x, const int* incx);
+QNUM_API double qnum_dzasum(const int* n, const qnum_d_complex* x, const int* incx);
+QNUM_API float qnum_scnrm2(const int* n, const qnum_f_complex* x, const int* incx);
+QNUM_API double qnum_dznrm2(const int* n, const qnum_d_complex* x, const int* incx);
+
+/* ---- The library's own vector helpers ---- */
+
+/* Fill x(i) := a over n elements at increment |incx| (incx = 0 writes nothing). */
+QNUM_API void qnum_20731(int n, float a, float* x, int incx);
+QNUM_API void qnum_20732(int n, double a, double* x, int incx);
+QNUM_API void qnum_iset(int n, int a, int* x, int incx);
+/* Add a constant: x(i) := x(i) + a over n elements at increment |incx|. */
+QNUM_API void qnum_20721(int n, float a, float* x, int incx);
+QNUM_API void qnum_20722(int n, double a, double* x, int incx);
+/* Aliases: axpy (20723/20724), scal (20729/20730), swap (20735/20736). */
+QNUM_API void qnum_20723(int n, float a, const float* x, int incx, float* y, int incy);
+QNUM_API void qnum_20724(int n, double a, const double* x, int incx, double* y, int incy);
+QNUM_API void qnum_20729(int n, float a, float* x, int incx);
+QNUM_API void qnum_20730(int n, double a, double* x, int incx);
+QNUM_API void qnum_20735(int n, float* x, int incx, float* y, int incy);
+QNUM_API void qnum_20736(int n, double* x, int incx, double* y, int incy);
+/* 1-based index of the first largest (20717/20718) or smallest (20719/20720) signed value;
+ * n < 1 returns 0. */
+QNUM_API int qnum_20717(int n, const float* x, int incx);
+QNUM_API int qnum_20718(int n, const double* x, int incx);
+QNUM_API int qnum_20719(int n, const float* x, int incx);
+QNUM_API int qnum_20720(int n, const double* x, int incx);
+/* Plain sum of the elements. */
+QNUM_API float qnum_20733(int n, const float* x, int incx);
+QNUM_API double qnum_20734(int n, const double* x, int incx);
+/* y(i) := a x(i), x unchanged. */
+QNUM_API void qnum_svcal(int n, float a, const float* x, int incx, float* y, int incy);
+/* sum x(i) y(i) z(i), accumulated in the routine's precision; n < 1 returns 0. */
+QNUM_API float qnum_sxyz(int n, const float* x, int incx, const float* y, int incy, const float* z, int incz);
+QNUM_API double qnum_dxyz(int n, const double* x, int incx, const double* y, int incy, const double* z,
+                          int incz);
+/* Integer copy y := x. */
+QNUM_API void qnum_icopy(int n, const int* x, int incx, int* y, int incy);
+/* Convention 2. Fill x(i) := a (as the real fill); add a constant x(i) := x(i) + a, where
+ * a = 0 leaves x untouched. */
+QNUM_API void qnum_cset(const int* n, const qnum_f_complex* a, qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_zset(const int* n, const qnum_d_complex* a, qnum_d_complex* x, const int* incx);
+QNUM_API void qnum_cadd(const int* n, const qnum_f_complex* a, qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_zadd(const int* n, const qnum_d_complex* a, qnum_d_complex* x, const int* incx);
+/* Copy the n by n matrix a (lda) into b (ldb); b may widen a in place (ldb > lda, same
+ * storage). Tags "qnum_ccgcg" and "qnum_dcgcg"; errors 604 n < 1 (i1 = n), 605 lda < n
+ * (i1 = lda, i2 = n), 606 ldb < n (i1 = ldb, i2 = n). */
+QNUM_API void qnum_ccgcg(const int* n, const qnum_f_complex* a, const int* lda, qnum_f_complex* b,
+                         const int* ldb);
+QNUM_API void qnum_dccgcg(const int* n, const qnum_d_complex* a, const int* lda, qnum_d_complex* b,
+                          const int* ldb);
+/* Copy an n by n band matrix with nlca sub- and nuca super-diagonals into band storage with
+ * nlcb >= nlca and nucb >= nuca diagonals, zeroing the extra ones; b may widen a in place.
+ * Tags "CCBCB " and "DCCBCB"; errors 14010 n < 1 (n), 14011 nlca < 0 (nlca), 14012 nuca < 0
+ * (nuca), 14013 lda < nlca + nuca + 1 (lda, nlca, nuca), 14014 nlcb < nlca (nlcb, nlca),
+ * 14015 nucb < nuca (nucb, nuca), 14016 ldb < nlcb + nucb + 1 (ldb, nlcb, nucb). */
+QNUM_API void qnum_ccbcb(const int* n, const qnum_f_complex* a, const int* lda, const int* nlca,
+                         const int* nuca, qnum_f_complex* b, const int* ldb, const int* nlcb, const int* nucb);
+QNUM_API void qnum_dccbcb(const int* n, const qnum_d_complex* a, const int* lda, const int* nlca,
+                          const int* nuca, qnum_d_complex* b, const int* ldb, const int* nlcb, const int* nucb);
+
+/* ---- Level 2: general products, convention 3 ----
+ * gemv checks m, n, lda (1020), incx, incy, trans; tags "SGEMV ", "DGEMV ", "CGEMV ", "ZGEMV ".
+ * gbmv checks m, n, kl (5029: kl < 0, or kl > m-1 when m > 0; i1 = kl, i2 = m), ku (5030,
+ * likewise with n), lda < kl+ku+1 (5031; lda, kl, ku), incx, incy, trans; tag "SGBMV " for
+ * the float and double ones, "CGBMV " and "ZGBMV " for the complex ones. */
+QNUM_API void qnum_sgemv(const char* trans, int trans_len, const int* m, const int* n, const float* alpha,
+                         const float* a, const int* lda, const float* x, const int* incx, const float* beta,
+                         float* y, const int* incy);
+QNUM_API void qnum_dgemv(const char* trans, int trans_len, const int* m, const int* n, const double* alpha,
+                         const double* a, const int* lda, const double* x, const int* incx, const double* beta,
+                         double* y, const int* incy);
+QNUM_API void qnum_cgemv(const char* trans, int trans_len, const int* m, const int* n,
+                         const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* beta, qnum_f_complex* y,
+                         const int* incy);
+QNUM_API void qnum_zgemv(const char* trans, int trans_len, const int* m, const int* n,
+                         const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* beta, qnum_d_complex* y,
+                         const int* incy);
+QNUM_API void qnum_sgbmv(const char* trans, int trans_len, const int* m, const int* n, const int* kl,
+                         const int* ku, const float* alpha, const float* a, const int* lda, const float* x,
+                         const int* incx, const float* beta, float* y, const int* incy);
+QNUM_API void qnum_dsgbmv(const char* trans, int trans_len, const int* m, const int* n, const int* kl,
+                          const int* ku, const double* alpha, const double* a, const int* lda, const double* x,
+                          const int* incx, const double* beta, double* y, const int* incy);
+QNUM_API void qnum_cgbmv(const char* trans, int trans_len, const int* m, const int* n, const int* kl,
+                         const int* ku, const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* beta, qnum_f_complex* y,
+                         const int* incy);
+QNUM_API void qnum_zgbmv(const char* trans, int trans_len, const int* m, const int* n, const int* kl,
+                         const int* ku, const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* beta, qnum_d_complex* y,
+                         const int* incy);
+
+/* ---- Level 2: symmetric and Hermitian products, convention 3 ----
+ * symv/hemv check n, lda (2024), incx, incy, uplo; sbmv/hbmv check n, k (1059), lda (1060),
+ * incx, incy, uplo; spmv/hpmv check n, incx, incy, uplo. Tags: "SSYMV ", "DSYMV ",
+ * "qnum_chemv" (also qnum_20745), "qnum_zhemv" (qnum_20746); the others their own names
+ * ("qnum_ssbmv", "qnum_dssbmv", "qnum_chbmv", ...). The Hermitian kernels take the diagonal as
+ * real. */
+QNUM_API void qnum_ssymv(const char* uplo, int uplo_len, const int* n, const float* alpha, const float* a,
+                         const int* lda, const float* x, const int* incx, const float* beta, float* y,
+                         const int* incy);
+QNUM_API void qnum_dsymv(const char* uplo, int uplo_len, const int* n, const double* alpha, const double* a,
+                         const int* lda, const double* x, const int* incx, const double* beta, double* y,
+                         const int* incy);
+QNUM_API void qnum_chemv(const char* uplo, int uplo_len, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* x, const int* incx,
+                         const qnum_f_complex* beta, qnum_f_complex* y, const int* incy);
+QNUM_API void qnum_zhemv(const char* uplo, int uplo_len, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* x, const int* incx,
+                         const qnum_d_complex* beta, qnum_d_complex* y, const int* incy);
+QNUM_API void qnum_20745(const char* uplo, int uplo_len, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* x, const int* incx,
+                         const qnum_f_complex* beta, qnum_f_complex* y, const int* incy);
+QNUM_API void qnum_20746(const char* uplo, int uplo_len, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* x, const int* incx,
+                         const qnum_d_complex* beta, qnum_d_complex* y, const int* incy);
+QNUM_API void qnum_ssbmv(const char* uplo, int uplo_len, const int* n, const int* k, const float* alpha,
+                         const float* a, const int* lda, const float* x, const int* incx, const float* beta,
+                         float* y, const int* incy);
+QNUM_API void qnum_dssbmv(const char* uplo, int uplo_len, const int* n, const int* k, const double* alpha,
+                          const double* a, const int* lda, const double* x, const int* incx, const double* beta,
+                          double* y, const int* incy);
+QNUM_API void qnum_chbmv(const char* uplo, int uplo_len, const int* n, const int* k, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* x, const int* incx,
+                         const qnum_f_complex* beta, qnum_f_complex* y, const int* incy);
+QNUM_API void qnum_zhbmv(const char* uplo, int uplo_len, const int* n, const int* k, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* x, const int* incx,
+                         const qnum_d_complex* beta, qnum_d_complex* y, const int* incy);
+QNUM_API void qnum_sspmv(const char* uplo, int uplo_len, const int* n, const float* alpha, const float* ap,
+                         const float* x, const int* incx, const float* beta, float* y, const int* incy);
+QNUM_API void qnum_dspmv(const char* uplo, int uplo_len, const int* n, const double* alpha, const double* ap,
+                         const double* x, const int* incx, const double* beta, double* y, const int* incy);
+QNUM_API void qnum_chpmv(const char* uplo, int uplo_len, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* ap, const qnum_f_complex* x, const int* incx,
+                         const qnum_f_complex* beta, qnum_f_complex* y, const int* incy);
+QNUM_API void qnum_zhpmv(const char* uplo, int uplo_len, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* ap, const qnum_d_complex* x, const int* incx,
+                         const qnum_d_complex* beta, qnum_d_complex* y, const int* incy);
+
+/* ---- Level 2: triangular products and solves ----
+ * Convention 3 unless said otherwise. trmv/trsv check n, lda (2024), incx, uplo, trans, diag;
+ * tbmv/tbsv check n, k (1059), lda (1060), incx, uplo, trans, diag; tpmv/tpsv check n, incx,
+ * uplo, trans, diag. Tags: "qnum_ctrsv", "STBSV ", "DTBSV ", the routine's own name for the
+ * others. The solves do not test for singularity.
+ * qnum_strsv and qnum_dtrsv (convention 1, options without lengths) make no checks: n < 1,
+ * incx = 0, lda < n or a bad option character returns without touching x.
+ * qnum_stbsv and qnum_dtbsv use convention 4.
+ * qnum_ctbsv and qnum_dctbsv (tag "CTBSV " for both) make every check and report each failure:
+ * 14017 n < 0 (n), 14018 k < 0 when n >= 1 (k), 14019 lda < k + 1 (lda, k), 14020 incx = 0
+ * (incx), 14021 bad trans, 14022 bad uplo, 14023 bad diag (the string). */
+QNUM_API void qnum_strmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const float* a, const int* lda, float* x, const int* incx);
+QNUM_API void qnum_dtrmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const double* a, const int* lda, double* x, const int* incx);
+QNUM_API void qnum_ctrmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_f_complex* a, const int* lda, qnum_f_complex* x,
+                         const int* incx);
+QNUM_API void qnum_ztrmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_d_complex* a, const int* lda, qnum_d_complex* x,
+                         const int* incx);
+QNUM_API void qnum_stbmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const int* k, const float* a, const int* lda, float* x,
+                         const int* incx);
+QNUM_API void qnum_dtbmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const int* k, const double* a, const int* lda, double* x,
+                         const int* incx);
+QNUM_API void qnum_ctbmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const int* k, const qnum_f_complex* a, const int* lda,
+                         qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_ztbmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const int* k, const qnum_d_complex* a, const int* lda,
+                         qnum_d_complex* x, const int* incx);
+QNUM_API void qnum_stpmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const float* ap, float* x, const int* incx);
+QNUM_API void qnum_dtpmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const double* ap, double* x, const int* incx);
+QNUM_API void qnum_ctpmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_f_complex* ap, qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_ztpmv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_d_complex* ap, qnum_d_complex* x, const int* incx);
+QNUM_API void qnum_strsv(const char* uplo, const char* trans, const char* diag, int n, const float* a, int lda,
+                         float* x, int incx);
+QNUM_API void qnum_dtrsv(const char* uplo, const char* trans, const char* diag, int n, const double* a, int lda,
+                         double* x, int incx);
+QNUM_API void qnum_ctrsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_f_complex* a, const int* lda, qnum_f_complex* x,
+                         const int* incx);
+QNUM_API void qnum_ztrsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_d_complex* a, const int* lda, qnum_d_complex* x,
+                         const int* incx);
+QNUM_API void qnum_stbsv(const char* uplo, const char* trans, const char* diag, const int* n, const int* k,
+                         const float* a, const int* lda, float* x, const int* incx);
+QNUM_API void qnum_dtbsv(const char* uplo, const char* trans, const char* diag, const int* n, const int* k,
+                         const double* a, const int* lda, double* x, const int* incx);
+QNUM_API void qnum_ctbsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const int* k, const qnum_f_complex* a, const int* lda,
+                         qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_dctbsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                          int diag_len, const int* n, const int* k, const qnum_d_complex* a, const int* lda,
+                          qnum_d_complex* x, const int* incx);
+QNUM_API void qnum_stpsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const float* ap, float* x, const int* incx);
+QNUM_API void qnum_dtpsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const double* ap, double* x, const int* incx);
+QNUM_API void qnum_ctpsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_f_complex* ap, qnum_f_complex* x, const int* incx);
+QNUM_API void qnum_ztpsv(const char* uplo, int uplo_len, const char* trans, int trans_len, const char* diag,
+                         int diag_len, const int* n, const qnum_d_complex* ap, qnum_d_complex* x, const int* incx);
+
+/* ---- Level 2: rank updates ----
+ * ger: A := alpha x y^T + A (sger, dger: convention 1); geru and gerc (y conjugated):
+ * convention 2. They check m, n, lda (1020), incx, incy. Tags: "qnum_sger", "qnum_dger",
+ * "qnum_cgeru", "qnum_zgeru", "CGERC ", "ZGERC ".
+ * syr/her (A := alpha x x^H + A, alpha real) check n, lda (2024), incx, uplo; spr/hpr check n,
+ * incx, uplo; syr2/her2 (A := alpha x y^H + conj(alpha) y x^H + A) check n, lda, incx, incy,
+ * uplo; spr2/hpr2 check n, incx, incy, uplo. Convention 3; tags: the routine's own name
+ * ("qnum_ssyr" also for qnum_20737, "qnum_cher" for 20747, "qnum_cher2" for 20749, ...). The
+ * Hermitian updates leave the diagonal real. */
+QNUM_API void qnum_sger(int m, int n, float alpha, const float* x, int incx, const float* y, int incy, float* a,
+                        int lda);
+QNUM_API void qnum_dger(int m, int n, double alpha, const double* x, int incx, const double* y, int incy,
+                        double* a, int lda);
+QNUM_API void qnum_cgeru(const int* m, const int* n, const qnum_f_complex* alpha, const qnum_f_complex* x,
+                         const int* incx, const qnum_f_complex* y, const int* incy, qnum_f_complex* a,
+                         const int* lda);
+QNUM_API void qnum_zgeru(const int* m, const int* n, const qnum_d_complex* alpha, const qnum_d_complex* x,
+                         const int* incx, const qnum_d_complex* y, const int* incy, qnum_d_complex* a,
+                         const int* lda);
+QNUM_API void qnum_cgerc(const int* m, const int* n, const qnum_f_complex* alpha, const qnum_f_complex* x,
+                         const int* incx, const qnum_f_complex* y, const int* incy, qnum_f_complex* a,
+                         const int* lda);
+QNUM_API void qnum_zgerc(const int* m, const int* n, const qnum_d_complex* alpha, const qnum_d_complex* x,
+                         const int* incx, const qnum_d_complex* y, const int* incy, qnum_d_complex* a,
+                         const int* lda);
+QNUM_API void qnum_ssyr(const char* uplo, int uplo_len, const int* n, const float* alpha, const float* x,
+                        const int* incx, float* a, const int* lda);
+QNUM_API void qnum_dsyr(const char* uplo, int uplo_len, const int* n, const double* alpha, const double* x,
+                        const int* incx, double* a, const int* lda);
+QNUM_API void qnum_20737(const char* uplo, int uplo_len, const int* n, const float* alpha, const float* x,
+                         const int* incx, float* a, const int* lda);
+QNUM_API void qnum_20738(const char* uplo, int uplo_len, const int* n, const double* alpha, const double* x,
+                         const int* incx, double* a, const int* lda);
+QNUM_API void qnum_cher(const char* uplo, int uplo_len, const int* n, const float* alpha, const qnum_f_complex* x,
+                        const int* incx, qnum_f_complex* a, const int* lda);
+QNUM_API void qnum_zher(const char* uplo, int uplo_len, const int* n, const double* alpha, const qnum_d_complex* x,
+                        const int* incx, qnum_d_complex* a, const int* lda);
+QNUM_API void qnum_20747(const char* uplo, int uplo_len, const int* n, const float* alpha, const qnum_f_complex* x,
+                         const int* incx, qnum_f_complex* a, const int* lda);
+QNUM_API void qnum_20748(const char* uplo, int uplo_len, const int* n, const double* alpha,
+                         const qnum_d_complex* x, const int* incx, qnum_d_complex* a, const int* lda);
+QNUM_API void qnum_sspr(const char* uplo, int uplo_len, const int* n, const float* alpha, const float* x,
+                        const int* incx, float* ap);
+QNUM_API void qnum_dspr(const char* uplo, int uplo_len, const int* n, const double* alpha, const double* x,
+                        const int* incx, double* ap);
+QNUM_API void qnum_chpr(const char* uplo, int uplo_len, const int* n, const float* alpha, const qnum_f_complex* x,
+                        const int* incx, qnum_f_complex* ap);
+QNUM_API void qnum_zhpr(const char* uplo, int uplo_len, const int* n, const double* alpha, const qnum_d_complex* x,
+                        const int* incx, qnum_d_complex* ap);
+QNUM_API void qnum_ssyr2(const char* uplo, int uplo_len, const int* n, const float* alpha, const float* x,
+                         const int* incx, const float* y, const int* incy, float* a, const int* lda);
+QNUM_API void qnum_dsyr2(const char* uplo, int uplo_len, const int* n, const double* alpha, const double* x,
+                         const int* incx, const double* y, const int* incy, double* a, const int* lda);
+QNUM_API void qnum_cher2(const char* uplo, int uplo_len, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* y, const int* incy,
+                         qnum_f_complex* a, const int* lda);
+QNUM_API void qnum_zher2(const char* uplo, int uplo_len, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* y, const int* incy,
+                         qnum_d_complex* a, const int* lda);
+QNUM_API void qnum_20749(const char* uplo, int uplo_len, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* y, const int* incy,
+                         qnum_f_complex* a, const int* lda);
+QNUM_API void qnum_20750(const char* uplo, int uplo_len, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* y, const int* incy,
+                         qnum_d_complex* a, const int* lda);
+QNUM_API void qnum_sspr2(const char* uplo, int uplo_len, const int* n, const float* alpha, const float* x,
+                         const int* incx, const float* y, const int* incy, float* ap);
+QNUM_API void qnum_dspr2(const char* uplo, int uplo_len, const int* n, const double* alpha, const double* x,
+                         const int* incx, const double* y, const int* incy, double* ap);
+QNUM_API void qnum_chpr2(const char* uplo, int uplo_len, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* y, const int* incy,
+                         qnum_f_complex* ap);
+QNUM_API void qnum_zhpr2(const char* uplo, int uplo_len, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* y, const int* incy,
+                         qnum_d_complex* ap);
 
 /* ------------------------------------------------------------------------------------------
  * Matrix-matrix kernels (convention 3: every argument by address, each option string
