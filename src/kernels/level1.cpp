@@ -68,11 +68,12 @@ R norm_of(idx n, const R* x, idx inc) {
         const double small = std::sqrt(Prec<double>::tiny() / Prec<double>::eps());
         if (std::isfinite(s) && amax >= small) return std::sqrt(s);
         if (amax == 0 || std::isinf(amax)) return amax;
-        const int e = std::ilogb(amax);
-        const double scale = std::ldexp(1.0, -e);
+        // 2^-e itself overflows when amax is subnormal, so it is applied as two exact factors.
+        const int e = std::ilogb(amax), e1 = -e / 2;
+        const double s1 = std::ldexp(1.0, e1), s2 = std::ldexp(1.0, -e - e1);
         double t = 0;
         for (idx i = 0, p = 0; i < n; ++i, p += inc) {
-            double a = x[p] * scale;
+            double a = x[p] * s1 * s2;
             t += a * a;
         }
         return std::ldexp(std::sqrt(t), e);
