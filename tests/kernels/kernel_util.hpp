@@ -71,6 +71,12 @@ T sentinel() {
     }
 }
 
+// The same bytes (NaNs and signed zeros compare by their bits).
+template <class T>
+bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), sizeof(T) * a.size()) == 0);
+}
+
 // Exactly the storage that (n, inc) describes: 1 + (n-1)|inc| elements, nothing beyond, so the
 // sanitizer sees any access past either end. The gaps between elements hold the sentinel.
 template <class T>
