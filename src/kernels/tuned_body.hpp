@@ -173,45 +173,42 @@ double sumsq(long n, const T* x, T* amax) {
     return s;
 }
 
-// Rows are taken in blocks that keep the block of y in the first-level cache; within a block
-// four columns are added at a time, so y is loaded and stored once per four columns.
+// Rows are taken in blocks that keep the block of y (32 KiB) in the first-level cache; within
+// a block eight columns are added at a time, so y is loaded and stored once per eight columns
+// while the eight column streams keep the memory system busy.
 template <class T>
 void gemv_n(long m, long n, T alpha, const T* a, long lda, const T* x, long incx, T* y) {
     using v = V<T>;
     constexpr long w = v::w;
-    constexpr long block = 16384 / static_cast<long>(sizeof(T));  // 16 KiB of y
+    constexpr int group = 8;
+    constexpr long block = 32768 / static_cast<long>(sizeof(T));
     for (long i0 = 0; i0 < m; i0 += block) {
         const long mb = m - i0 < block ? m - i0 : block;
         T* yb = y + i0;
         long j = 0;
-        for (; j + 4 <= n; j += 4) {
-            const T t0 = alpha * x[j * incx], t1 = alpha * x[(j + 1) * incx];
-            const T t2 = alpha * x[(j + 2) * incx], t3 = alpha * x[(j + 3) * incx];
-            const T* a0 = a + j * lda + i0;
-            const T* a1 = a0 + lda;
-            const T* a2 = a1 + lda;
-            const T* a3 = a2 + lda;
-            const auto v0 = v::set1(t0), v1 = v::set1(t1), v2 = v::set1(t2), v3 = v::set1(t3);
+        for (; j + group <= n; j += group) {
+            T t[group];
+            typename v::R vt[group];
+            const T* c[group];
+            for (int q = 0; q < group; ++q) {
+                t[q] = alpha * x[(j + q) * incx];
+                vt[q] = v::set1(t[q]);
+                c[q] = a + (j + q) * lda + i0;
+            }
             long i = 0;
             for (; i + 2 * w <= mb; i += 2 * w) {
                 auto y0 = v::load(yb + i), y1 = v::load(yb + i + w);
-                y0 = v::fma(v::load(a0 + i), v0, y0);
-                y1 = v::fma(v::load(a0 + i + w), v0, y1);
-                y0 = v::fma(v::load(a1 + i), v1, y0);
-                y1 = v::fma(v::load(a1 + i + w), v1, y1);
-                y0 = v::fma(v::load(a2 + i), v2, y0);
-                y1 = v::fma(v::load(a2 + i + w), v2, y1);
-                y0 = v::fma(v::load(a3 + i), v3, y0);
-                y1 = v::fma(v::load(a3 + i + w), v3, y1);
+                for (int q = 0; q < group; ++q) {
+                    y0 = v::fma(v::load(c[q] + i), vt[q], y0);
+                    y1 = v::fma(v::load(c[q] + i + w), vt[q], y1);
+                }
                 v::store(yb + i, y0);
                 v::store(yb + i + w, y1);
             }
             for (; i < mb; ++i) {
                 T s = yb[i];
-                s = std::fma(a0[i], t0, s);
-                s = std::fma(a1[i], t1, s);
-                s = std::fma(a2[i], t2, s);
-                yb[i] = std::fma(a3[i], t3, s);
+                for (int q = 0; q < group; ++q) s = std::fma(c[q][i], t[q], s);
+                yb[i] = s;
             }
         }
         for (; j < n; ++j) axpy(mb, alpha * x[j * incx], a + j * lda + i0, yb);

@@ -61,9 +61,9 @@ TYPED_TEST(Gemv, LongColumnsCrossTheRowBlocks) {
     using T = TypeParam;
     for_each_path([&] {
         Rng rng;
-        for (int m : {2047, 2049, 4095, 4097})
+        for (int m : {4095, 4097, 8191, 8193})
             for (char trans : {'N', 'T'}) {
-                const int n = 6;
+                const int n = 11;
                 Mat<T> a(m, n, m + 1, rng);
                 Dense<T> d(m, n);
                 for (int j = 0; j < n; ++j)

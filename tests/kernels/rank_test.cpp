@@ -90,7 +90,9 @@ TYPED_TEST(Rank, HermitianUpdates) {
                                 const long double tol = 6 * eps<T>() * (mag(old) + std::abs(add));
                                 EXPECT_TRUE(near(a.at(i, j), want, tol)) << i << "," << j;
                                 EXPECT_TRUE(near(packed[p++], want, tol)) << i << "," << j;
-                                if (i == j) EXPECT_EQ(0, std::imag(a.at(i, j)));
+                                if (i == j) {
+                                    EXPECT_EQ(0, std::imag(a.at(i, j)));
+                                }
                             }
                     }
     });
