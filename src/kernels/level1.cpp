@@ -123,8 +123,9 @@ void rscal(int n, Real<T> a, T* x, int incx) {
 template <class T>
 void copy(int n, const T* x, int incx, T* y, int incy) {
     if (n < 1) return;
-    // Equal unit increments walk both arrays in the direction that memmove takes when the
-    // destination lies after the source, which is the only overlap the callers create.
+    // Equal unit increments make the copy one block move. Where callers overlap the two
+    // arrays (the whole-matrix copies), they choose the walk direction that memmove takes, so
+    // the block move and the element walk agree.
     if (incx == incy && (incx == 1 || incx == -1)) {
         std::memmove(static_cast<void*>(y), static_cast<const void*>(x), sizeof(T) * n);
         return;
