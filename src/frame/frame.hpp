@@ -89,7 +89,7 @@ public:
 // ---- fault trapping (trap.cpp) ----
 namespace trap {
 bool enabled();                 // the process-wide switch, read without a lock
-sigjmp_buf* enter();            // takes the next jump buffer and arms the handler
+sigjmp_buf* enter();            // the next jump buffer, armed; null when none is left
 void leave();                   // the worker returned normally
 void after_fault();             // a fault jumped back: TERMINAL 102, disarm
 }  // namespace trap
@@ -109,9 +109,18 @@ R call(const char* name, F&& worker) noexcept {
             return worker();
         }
     }
+    sigjmp_buf* jump = trap::enter();
+    if (jump == nullptr) {  // all jump buffers in use: run without a trap
+        if constexpr (std::is_void_v<R>) {
+            worker();
+            return;
+        } else {
+            return worker();
+        }
+    }
     // sigsetjmp must run in this frame, which stays alive while the worker runs; the mask is
     // not saved (no system call), the handler unblocks the signal itself before jumping.
-    if (sigsetjmp(*trap::enter(), 0) != 0) {
+    if (sigsetjmp(*jump, 0) != 0) {
         trap::after_fault();
         return R();
     }
@@ -159,9 +168,9 @@ private:
     va_list ap_;
     int position_;       // position of the next argument to be read
     int code_position_ = 0;
-    int first_code_;     // a code already read by the caller, or -1
+    int first_code_;     // a code the caller already read (a named parameter)
+    bool has_first_;
     bool done_ = false;
-    bool live_ = true;
 };
 
 template <class V>
