@@ -64,7 +64,7 @@ Context* create_context() {
     c->msg = static_cast<char*>(std::malloc(c->msg_cap));
     if (c->msg == nullptr) std::abort();
     c->msg[0] = '\0';
-    c->stack[0] = StackEntry{0, 1, 0, "USER"};
+    c->stack[0] = StackEntry{0, 1, 0, "USER", "USER"};
     c->top = &c->stack[0];
     c->printer = frame::stream_printer;
     for (int t = 0; t < 9; ++t) {

@@ -20,6 +20,7 @@ struct StackEntry {
     std::uint8_t user;  // 1: the caller's level, where errors of deeper levels are reported
     std::int32_t code;
     const char* name;
+    const char* origin;  // the routine that raised the error this level carries
 };
 
 struct CatalogueCache {

@@ -174,7 +174,7 @@ void push(const char* name) {
         mes(8, 60000, catalogue::message_template(60000));
         end_process(c->top->type);
     }
-    *c->top = StackEntry{0, 0, 0, name};
+    *c->top = StackEntry{0, 0, 0, name, name};
     clear_status(c);
     if (multi_thread_fault.load(std::memory_order_relaxed)) ermes(4, 499);
 }
@@ -192,6 +192,7 @@ void pop(const char* name) {
                     if ((d - 1)->type <= d->type) {
                         (d - 1)->type = d->type;
                         (d - 1)->code = d->code;
+                        (d - 1)->origin = d->origin;
                     }
                 }
                 c->top = e;
@@ -208,12 +209,17 @@ void pop(const char* name) {
     StackEntry* below = top - 1;
     if (top == &c->stack[0]) return;  // nothing to pop: the base level stays
     if (below->user) {
-        report(c, top->type, top->code, top->name);
+        // Reports name the routine that raised the error, which may lie deeper than this one.
+        report(c, top->type, top->code, top->origin);
         if (top->type <= 8 && c->stop[top->type]) end_process(top->type);
+        // A level marked as the user's inside the library has now reported the error; the
+        // text is kept only at the caller's own level, so it is not printed a second time.
+        if (below != &c->stack[0]) empty_buffer(c);
     }
     if (below->type <= top->type) {
         below->type = top->type;
         below->code = top->code;
+        below->origin = top->origin;
         set_current(c, top->type, top->code);
     }
     c->status[1] = top->type;
@@ -254,6 +260,7 @@ void mes(int type, int code, const char* message_template) {
     }
     c->top->type = static_cast<std::uint8_t>(type);
     c->top->code = code;
+    c->top->origin = c->top->name;
     if (message_template == nullptr || std::strcmp(message_template, " ") == 0)
         empty_buffer(c);
     else

@@ -82,10 +82,15 @@ void render(Text& out, int type, int code, const char* routine, const char* mess
     else
         out.addf("%s*** %s Error from %s.  ", nl, tname, called_routine(c));
     int col = static_cast<int>(out.size() - before - std::strlen(nl));
-    if (col > width) {
+    bool line_start = false;  // nothing but a continuation prefix on the line yet
+    // "\n***          " leaves the text one blank further in than a line that continues at
+    // a broken blank; counting that blank keeps every line within the margin.
+    auto fresh_line = [&] {
         out.addf("%s%s ", nl, continuation);
-        col = continuation_column;
-    }
+        col = continuation_column + 1;
+        line_start = true;
+    };
+    if (col > width) fresh_line();
     const char* rest = message;
     while (true) {
         int len = static_cast<int>(std::strlen(rest));
@@ -99,25 +104,22 @@ void render(Text& out, int type, int code, const char* routine, const char* mess
             for (int p = limit < len - 1 ? limit : len - 1; p >= 1; --p)
                 if (rest[p] == ' ') { brk = p; break; }
         }
+        if (brk < 0 && !line_start) {
+            fresh_line();
+            continue;
+        }
         if (brk < 0) {
-            if (col > continuation_column) {
-                out.addf("%s%s ", nl, continuation);
-                col = continuation_column;
-                continue;
-            }
             // A run without blanks longer than a whole line: break it hard at the margin.
             out.add(rest, static_cast<std::size_t>(limit));
-            out.add(nl);
-            out.add(continuation);
-            out.add(" ");
             rest += limit;
-            col = continuation_column + 1;
+            fresh_line();
             continue;
         }
         out.add(rest, static_cast<std::size_t>(brk));
         out.add(nl);
         out.add(continuation);
         rest += brk;
+        line_start = false;
         if (*rest == '\n') {
             out.add(" ");
             ++rest;

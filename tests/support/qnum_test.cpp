@@ -8,6 +8,9 @@
 
 namespace qnum::test {
 
+// Tests find the catalogue that the build made, whatever folder they run in.
+[[maybe_unused]] static const int catalogue_path_set = setenv("QNUMERRPATH", QNUM_BUILD_DIR, 0);
+
 QuietErrors::QuietErrors() {
     for (int type = 1; type <= 7; ++type)
         qnum_error_options(QNUM_SET_PRINT, type, 0, QNUM_SET_STOP, type, 0, 0);

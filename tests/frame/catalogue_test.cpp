@@ -1,0 +1,162 @@
+// Message catalogue: search, byte order, lookups, caching and every failure text.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "frame/catalogue.hpp"
+#include "qnum_test.hpp"
+
+namespace {
+
+using qnum::test::run_in_child;
+
+std::string built_catalogue() {
+    std::ifstream in(std::string(QNUM_BUILD_DIR) + "/qnumerr.bin", std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// A fresh folder holding `bytes` as qnumerr.bin.
+std::string folder_with(const std::string& bytes) {
+    char dir[] = "/tmp/qnum_catalogue_XXXXXX";
+    if (!mkdtemp(dir)) return "/nonexistent";
+    std::ofstream(std::string(dir) + "/qnumerr.bin", std::ios::binary) << bytes;
+    return dir;
+}
+
+// The catalogue with its header and tables written in the other byte order.
+std::string swapped(std::string bytes) {
+    unsigned count = static_cast<unsigned char>(bytes[4]) | static_cast<unsigned char>(bytes[5]) << 8;
+    std::size_t words = 7 + 2 * count + 1;
+    for (std::size_t w = 0; w < words; ++w) std::swap(bytes[2 * w], bytes[2 * w + 1]);
+    return bytes;
+}
+
+// Runs fn in a child whose catalogue search finds only `folder`; the child exits with 0 when
+// every expectation held (gtest failures there count through the status).
+int with_catalogue_in(const std::string& folder, const std::function<void()>& fn, std::string* err) {
+    return run_in_child([&] {
+        setenv("QNUMERRPATH", folder.c_str(), 1);
+        fn();
+        std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+    }, err);
+}
+
+void warn(int code) {
+    qnum_e1psh("qnum_f_cat");
+    qnum_ermes(3, code);
+    qnum_e1pop("qnum_f_cat");
+}
+
+TEST(Catalogue, FoundThroughTheSearchPath) {
+    EXPECT_STREQ(qnum::catalogue::code_name(150), "QNUM_MISSING_ARRAY");
+    EXPECT_EQ(qnum::catalogue::load_state(), 2);
+    EXPECT_STREQ(qnum::catalogue::message_template(150), "The required array \"%(l1)\" is a null pointer.");
+    EXPECT_FALSE(qnum::catalogue::byte_swapped());
+}
+
+TEST(Catalogue, AbsentCodeGivesTheGenericText) {
+    EXPECT_STREQ(qnum::catalogue::message_template(4242), "Error code 4242.");
+    EXPECT_STREQ(qnum::catalogue::code_name(4242), "4242");
+}
+
+TEST(Catalogue, SameCodeTwiceIsReadOnce) {
+    qnum::catalogue::message_template(103);
+    long before = qnum::catalogue::records_read();
+    qnum::catalogue::message_template(104);
+    qnum::catalogue::message_template(104);
+    qnum::catalogue::code_name(104);
+    EXPECT_EQ(qnum::catalogue::records_read() - before, 1);
+}
+
+TEST(Catalogue, CodesAreLookedUpModulo100000) {
+    EXPECT_STREQ(qnum::catalogue::code_name(100150), "QNUM_MISSING_ARRAY");
+}
+
+TEST(Catalogue, OtherByteOrderIsReadCorrectly) {
+    std::string folder = folder_with(swapped(built_catalogue()));
+    std::string err;
+    EXPECT_EQ(with_catalogue_in(folder, [] {
+                  EXPECT_STREQ(qnum::catalogue::code_name(511), "QNUM_SIGNAL_SIGSEGV");
+                  EXPECT_TRUE(qnum::catalogue::byte_swapped());
+              }, &err), 0) << err;
+}
+
+TEST(Catalogue, MissingFileAnnouncesOnceAndFallsBack) {
+    std::string err;
+    EXPECT_EQ(with_catalogue_in("/nonexistent", [] {
+                  warn(1010);
+                  warn(1010);
+              }, &err), 0);
+    EXPECT_EQ(err,
+              "Error in reading qnumerr.bin\nFile not found.\n"
+              "\n*** WARNING  Error 1010 from qnum_f_cat.  Error code 1010.\n\n"
+              "\n*** WARNING  Error 1010 from qnum_f_cat.  Error code 1010.\n\n");
+}
+
+TEST(Catalogue, EnvironmentElementsExpandAndUnsetOnesAreSkipped) {
+    std::string folder = folder_with(built_catalogue());
+    std::string err;
+    setenv("QNUM_TEST_CATALOGUE_DIR", folder.c_str(), 1);
+    EXPECT_EQ(with_catalogue_in("$QNUM_TEST_UNSET_VARIABLE;/nonexistent;$QNUM_TEST_CATALOGUE_DIR", [] {
+                  EXPECT_EQ(qnum::catalogue::load_state(), 0);
+                  EXPECT_STREQ(qnum::catalogue::code_name(150), "QNUM_MISSING_ARRAY");
+              }, &err), 0) << err;
+    unsetenv("QNUM_TEST_CATALOGUE_DIR");
+}
+
+TEST(Catalogue, PerThreadPathOptionWinsOverTheEnvironment) {
+    std::string folder = folder_with(built_catalogue());
+    std::string err;
+    EXPECT_EQ(with_catalogue_in("/nonexistent", [&] {
+                  qnum_error_options(QNUM_SET_ERROR_PATH, folder.c_str(), 0);
+                  EXPECT_STREQ(qnum::catalogue::code_name(150), "QNUM_MISSING_ARRAY");
+              }, &err), 0) << err;
+}
+
+struct BrokenCase {
+    const char* what;
+    std::function<std::string(std::string)> damage;
+    const char* expect;
+};
+
+class BrokenFile : public ::testing::TestWithParam<BrokenCase> {};
+
+TEST_P(BrokenFile, GivesItsReasonAndGenericTexts) {
+    std::string folder = folder_with(GetParam().damage(built_catalogue()));
+    std::string err;
+    EXPECT_EQ(with_catalogue_in(folder, [] { warn(150); }, &err), 0);
+    EXPECT_EQ(err, GetParam().expect);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Damage, BrokenFile,
+    ::testing::Values(
+        BrokenCase{"BadMagic", [](std::string b) { b[0] = 'x'; return b; },
+                   "Error in reading qnumerr.bin\nFile is not in qnumerr.bin format.\n"
+                   "\n*** WARNING  Error 150 from qnum_f_cat.  Error code 150.\n\n"},
+        BrokenCase{"ShortHeader", [](std::string b) { return b.substr(0, 9); },
+                   "Error in reading qnumerr.bin\nFile is not in qnumerr.bin format.\n"
+                   "\n*** WARNING  Error 150 from qnum_f_cat.  Error code 150.\n\n"},
+        BrokenCase{"ShortTables", [](std::string b) { return b.substr(0, 40); },
+                   "Error in reading qnumerr.bin\nFile is not in qnumerr.bin format.\n"
+                   "\n*** WARNING  Error 150 from qnum_f_cat.  Error code 150.\n\n"},
+        BrokenCase{"NoRecords", [](std::string b) {
+                       unsigned n = static_cast<unsigned char>(b[4]) | static_cast<unsigned char>(b[5]) << 8;
+                       return b.substr(0, 14 + 4 * n + 2);
+                   },
+                   // The read fails: the template becomes the read-error text, the code name the number.
+                   "\n*** WARNING  Error 150 from qnum_f_cat.  Error in reading qnumerr.bin for\n"
+                   "***          error message 150.\n"
+                   "***          Cannot read the message record.\n"
+                   "***          \n\n"}),
+    [](const auto& info) { return std::string(info.param.what); });
+
+}  // namespace

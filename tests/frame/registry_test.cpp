@@ -1,0 +1,77 @@
+// Thread-key registry and per-thread contexts: keys, growth, thread exit, isolation.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "frame/registry.hpp"
+#include "qnum_test.hpp"
+
+namespace {
+
+std::atomic<int> destroyed{0};
+
+TEST(Registry, KeysStartAboveZeroAndGrowTheTable) {
+    int key = 0;
+    ASSERT_EQ(qnum::registry::key_create(&key, nullptr), qnum::registry::ok);
+    EXPECT_GE(key, 1);
+    int last = key;
+    while (last < 64) ASSERT_EQ(qnum::registry::key_create(&last, nullptr), qnum::registry::ok);
+    EXPECT_GE(qnum::registry::key_capacity(), 128);
+}
+
+TEST(Registry, SettingABeyondTheArrayGrowsIt) {
+    int dummy = 0;
+    ASSERT_EQ(qnum::registry::set_value(70, &dummy), qnum::registry::ok);
+    EXPECT_GE(qnum::registry::thread_array_length(), 71);
+    EXPECT_GE(qnum::registry::key_capacity(), 128);
+    EXPECT_EQ(qnum::registry::get_value(70), &dummy);
+    EXPECT_EQ(qnum::registry::get_value(100000), nullptr);
+    qnum::registry::set_value(70, nullptr);
+}
+
+TEST(Registry, OnceRunsItsInitialiserOnce) {
+    static qnum::registry::OnceFlag flag{0};
+    static int runs = 0;
+    for (int i = 0; i < 3; ++i) qnum::registry::once(flag, [] { ++runs; });
+    EXPECT_EQ(runs, 1);
+}
+
+TEST(RegistryThread, DestructorsRunAtThreadExitAndTriplesAreReused) {
+    qnum_skip_signal_handler();
+    int key = 0;
+    ASSERT_EQ(qnum::registry::key_create(&key, [](void* v) {
+                  if (v) destroyed.fetch_add(1);
+              }), qnum::registry::ok);
+    destroyed = 0;
+    for (int round = 0; round < 50; ++round) {
+        std::thread([key] {
+            static int marker;
+            qnum::registry::set_value(key, &marker);
+            qnum_e1sti(1, 1);  // creates this thread's context too
+        }).join();
+    }
+    EXPECT_EQ(destroyed.load(), 50);
+}
+
+TEST(RegistryThread, ThreadsRaiseDifferentErrorsAtOnceWithoutSeeingEachOther) {
+    qnum_skip_signal_handler();
+    std::atomic<int> failures{0};
+    auto worker = [&](int code, const char* name) {
+        qnum::test::QuietErrors quiet;
+        for (int i = 0; i < 2000; ++i) {
+            qnum_e1psh(name);
+            qnum_e1sti(1, code + i);
+            qnum_e1mes(4, code, "value %(i1)");
+            qnum_e1pop(name);
+            if (qnum_20305() != code || qnum::test::int_slot(1) != code + i) failures.fetch_add(1);
+        }
+    };
+    std::thread a(worker, 1111, "qnum_f_a"), b(worker, 2222, "qnum_f_b");
+    a.join();
+    b.join();
+    EXPECT_EQ(failures.load(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,127 @@
+// Fault trapping: a fault inside a routine becomes TERMINAL 511 then 102, works again after a
+// first fault, leaves the program's own handlers alone outside library calls; the one-thread
+// rule of trapping.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+#include <sys/mman.h>
+#include <thread>
+
+#include "frame/frame.hpp"
+#include "qnum_test.hpp"
+
+namespace {
+
+using qnum::test::run_in_child;
+
+// Memory that faults on every access.
+volatile int* forbidden_page() {
+    static void* page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return static_cast<volatile int*>(page);
+}
+
+// A public routine whose worker, one level down, writes where it may not.
+int faulting_routine() {
+    return qnum::frame::call<int>("qnum_f_faulty", [] {
+        qnum::frame::Level step("l_faulty_step");
+        *forbidden_page() = 1;
+        return 1;
+    });
+}
+
+int quiet_routine() {
+    return qnum::frame::call<int>("qnum_f_quiet", [] { return 7; });
+}
+
+TEST(Trap, SegmentationFaultPrints511Then102AndStopsWithStatus5) {
+    std::string out;
+    int status = run_in_child([] {
+        qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
+        faulting_routine();
+        std::_Exit(0);  // not reached: TERMINAL stops at the pop
+    }, &out);
+    EXPECT_EQ(status, 5);
+    std::size_t first = out.find("*** TERMINAL Error from qnum_f_faulty.  A segmentation violation (signal 11)");
+    std::size_t second = out.find("*** TERMINAL Error from qnum_f_faulty.  A hardware fault was trapped");
+    EXPECT_NE(first, std::string::npos) << out;
+    EXPECT_NE(second, std::string::npos) << out;
+    EXPECT_LT(first, second) << out;
+}
+
+TEST(Trap, TrapsAgainAfterAFirstFaultAndTheStackUnwinds) {
+    std::string out;
+    int status = run_in_child([] {
+        qnum::test::QuietErrors quiet;
+        qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
+        for (int round = 0; round < 2; ++round) {
+            EXPECT_EQ(faulting_routine(), 0);
+            EXPECT_EQ(qnum_n1rty(1), 5);
+            EXPECT_EQ(qnum_20305(), 102);
+            EXPECT_EQ(qnum::context()->top, qnum::context()->stack);  // back at the user level
+        }
+        EXPECT_EQ(quiet_routine(), 7);
+        EXPECT_EQ(qnum_n1rty(1), 0);
+        std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+    }, &out);
+    EXPECT_EQ(status, 0) << out;
+}
+
+volatile sig_atomic_t own_handler_ran = 0;
+sigjmp_buf own_jump;
+
+TEST(Trap, ProgramHandlersStillWorkOutsideLibraryCalls) {
+    int status = run_in_child([] {
+        struct sigaction sa = {};
+        sa.sa_handler = [](int) {
+            own_handler_ran = 1;
+            siglongjmp(own_jump, 1);
+        };
+        sigaction(SIGSEGV, &sa, nullptr);
+        qnum::test::QuietErrors quiet;
+        qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
+        faulting_routine();  // trapped by the library
+        if (qnum_20305() != 102) std::_Exit(2);
+        if (sigsetjmp(own_jump, 1) == 0) *forbidden_page() = 1;  // the program's own fault
+        std::_Exit(own_handler_ran ? 0 : 3);
+    });
+    EXPECT_EQ(status, 0);
+}
+
+TEST(Trap, WithTrappingOffAFaultTakesTheDefaultAction) {
+    int status = run_in_child([] {
+        qnum_skip_signal_handler();
+        faulting_routine();
+        std::_Exit(0);
+    });
+    EXPECT_EQ(status, 128 + SIGSEGV);
+}
+
+TEST(Trap, SecondThreadWithTrappingOnMakesEveryRoutineFatal499) {
+    std::string out;
+    int status = run_in_child([] {
+        qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
+        qnum::test::QuietErrors quiet;
+        EXPECT_EQ(quiet_routine(), 7);
+        std::thread([] { qnum_e1sti(1, 0); }).join();  // a second thread's first call
+        EXPECT_EQ(quiet_routine(), 0);  // the worker does not run
+        EXPECT_EQ(qnum_n1rty(1), 4);
+        EXPECT_EQ(qnum_20305(), 499);
+        std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
+    }, &out);
+    EXPECT_EQ(status, 0) << out;
+}
+
+TEST(Trap, SecondThreadWithTrappingOnStopsWithStatus4ByDefault) {
+    std::string out;
+    int status = run_in_child([] {
+        qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
+        std::thread([] { qnum_e1sti(1, 0); }).join();
+        quiet_routine();
+        std::_Exit(0);
+    }, &out);
+    EXPECT_EQ(status, 4);
+    EXPECT_NE(out.find("FATAL    Error QNUM_TRAPPING_WITH_THREADS from qnum_f_quiet."), std::string::npos) << out;
+}
+
+}  // namespace

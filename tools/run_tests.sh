@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Builds the library and runs the whole test suite three ways: a release build, a build
+# under AddressSanitizer + UndefinedBehaviorSanitizer, and the threaded tests under
+# ThreadSanitizer. Installs the build tools first when they are missing (Debian).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+need=()
+command -v cmake >/dev/null || need+=(cmake)
+command -v g++ >/dev/null || need+=(g++)
+[ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
+if [ ${#need[@]} -gt 0 ]; then
+  if [ "$(id -u)" = 0 ]; then apt-get update -qq && apt-get install -y -qq "${need[@]}"
+  else sudo apt-get update -qq && sudo apt-get install -y -qq "${need[@]}"; fi
+fi
+
+jobs=$(nproc 2>/dev/null || echo 2)
+run() {  # run <build dir> <ctest args...> -- <cmake args...>
+  local dir=$1; shift
+  local ctest_args=()
+  while [ $# -gt 0 ] && [ "$1" != "--" ]; do ctest_args+=("$1"); shift; done
+  shift || true
+  cmake -S . -B "$dir" -DQNUM_BUILD_EXAMPLES=OFF "$@" >/dev/null
+  cmake --build "$dir" -j"$jobs"
+  (cd "$dir" && ctest --output-on-failure -j"$jobs" "${ctest_args[@]}")
+}
+
+echo "== release build =="
+run build-test -- -DCMAKE_BUILD_TYPE=Release
+echo "== AddressSanitizer + UndefinedBehaviorSanitizer =="
+ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 UBSAN_OPTIONS=print_stacktrace=1 \
+  run build-asan -- -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQNUM_SANITIZE=address,undefined
+echo "== ThreadSanitizer (threaded tests) =="
+TSAN_OPTIONS=halt_on_error=1 run build-tsan -R 'Thread' -- -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQNUM_SANITIZE=thread
