@@ -8,7 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "support/qnum_test.hpp"
+#include "qnum_test.hpp"
 #include "random/state.hpp"
 
 namespace qnum::test {
