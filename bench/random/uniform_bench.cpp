@@ -2,6 +2,7 @@
 // minimal-standard engine (the same multiplier 16807, so the same seeds) converted to the
 // same floats. Prints the time ratio ours/peer per precision and size at the end.
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,8 +10,6 @@
 #include <random>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 #include "kernels/cpu.hpp"
 #include "qnummath.h"
@@ -140,11 +139,29 @@ int main(int argc, char** argv) {
         for (const char* p : precisions) {
             const std::string base = std::string("BM_") + p + "_uniform/";
             const bool f = p[0] == 'f';
-            benchmark::RegisterBenchmark((base + "qnum").c_str(), f ? bm_ours<float> : bm_ours<double>)->Arg(n)->Unit(benchmark::kMillisecond)->UseRealTime();
-            benchmark::RegisterBenchmark((base + "qnum_portable").c_str(), f ? bm_ours_portable<float> : bm_ours_portable<double>)->Arg(n)->Unit(benchmark::kMillisecond)->UseRealTime();
-            benchmark::RegisterBenchmark((base + "qnum_alloc").c_str(), f ? bm_ours_allocating<float> : bm_ours_allocating<double>)->Arg(n)->Unit(benchmark::kMillisecond)->UseRealTime();
-            benchmark::RegisterBenchmark((base + "minstd").c_str(), f ? bm_peer<float> : bm_peer<double>)->Arg(n)->Unit(benchmark::kMillisecond)->UseRealTime();
-            benchmark::RegisterBenchmark((base + "minstd_alloc").c_str(), f ? bm_peer_allocating<float> : bm_peer_allocating<double>)->Arg(n)->Unit(benchmark::kMillisecond)->UseRealTime();
+            benchmark::RegisterBenchmark((base + "qnum").c_str(), f ? bm_ours<float> : bm_ours<double>)
+                ->Arg(n)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+            benchmark::RegisterBenchmark((base + "qnum_portable").c_str(),
+                                         f ? bm_ours_portable<float> : bm_ours_portable<double>)
+                ->Arg(n)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+            benchmark::RegisterBenchmark((base + "qnum_alloc").c_str(),
+                                         f ? bm_ours_allocating<float> : bm_ours_allocating<double>)
+                ->Arg(n)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+            benchmark::RegisterBenchmark((base + "minstd").c_str(), f ? bm_peer<float> : bm_peer<double>)
+                ->Arg(n)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
+            benchmark::RegisterBenchmark((base + "minstd_alloc").c_str(),
+                                         f ? bm_peer_allocating<float> : bm_peer_allocating<double>)
+                ->Arg(n)
+                ->Unit(benchmark::kMillisecond)
+                ->UseRealTime();
         }
     }
     benchmark::Initialize(&argc, argv);

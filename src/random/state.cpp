@@ -14,7 +14,7 @@ namespace qnum::random {
 namespace {
 
 registry::OnceFlag keys_once{0};
-int state_key = 0;  // 0: not created (the registry never hands out key 0)
+int state_key = 0;           // 0: not created (the registry never hands out key 0)
 int block_keys[2] = {0, 0};  // float, double
 
 std::atomic<Clock> clock_source{nullptr};
@@ -33,8 +33,8 @@ void* allocate(std::size_t bytes) {
     return a ? a(bytes) : std::malloc(bytes);
 }
 
-// The calling thread's record under `key` (read after the keys' once-guard), created zero-filled by `init` on first use; null
-// after raising TERMINAL 200.
+// The calling thread's record under `key` (read after the keys' once-guard), created zero-filled by `init` on
+// first use; null after raising TERMINAL 200.
 void* record(int key, std::size_t bytes, void (*init)(void*)) {
     void* p = key != 0 ? registry::get_value(key) : nullptr;
     if (p != nullptr) return p;
@@ -77,9 +77,8 @@ constexpr int block_index = std::is_same_v<T, float> ? 0 : 1;
 
 State* state() {
     registry::once(keys_once, create_keys);
-    auto* s = static_cast<State*>(record(state_key, sizeof(State), [](void* p) {
-        static_cast<State*>(p)->needs_init = 1;
-    }));
+    auto* s = static_cast<State*>(
+        record(state_key, sizeof(State), [](void* p) { static_cast<State*>(p)->needs_init = 1; }));
     if (s != nullptr && s->needs_init) initialise(*s);
     return s;
 }

@@ -17,12 +17,12 @@ struct State {
     std::int32_t seeded;      // 0 until the caller or the clock fixed a seed
     double modulus;
     double inv_modulus;
-    double seed_d;            // the seed as a double, for the table fill
-    float scale;              // deviate = float(seed) * scale
-    std::int32_t seed;        // 1 <= seed <= 2^31 - 2 once seeded
-    std::int32_t option;      // 1..6
+    double seed_d;        // the seed as a double, for the table fill
+    float scale;          // deviate = float(seed) * scale
+    std::int32_t seed;    // 1 <= seed <= 2^31 - 2 once seeded
+    std::int32_t option;  // 1..6
     std::int32_t reserved;
-    std::int32_t table_set;   // 1: the float shuffle table holds valid entries
+    std::int32_t table_set;  // 1: the float shuffle table holds valid entries
 };
 
 // The shuffle table of one precision with its first-use flags.

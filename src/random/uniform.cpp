@@ -94,8 +94,8 @@ T* random_uniform(int n, frame::Options opt) {
     frame::Out<T> r;
     while (int code = opt.next()) {
         switch (code) {
-        case QNUM_RETURN_USER: r.borrow(opt.ptr<T>("r", "QNUM_RETURN_USER")); break;
-        default: opt.unknown(code, err::random_unknown_option);
+            case QNUM_RETURN_USER: r.borrow(opt.ptr<T>("r", "QNUM_RETURN_USER")); break;
+            default: opt.unknown(code, err::random_unknown_option);
         }
     }
     check::positive(n, "n_random");

@@ -43,9 +43,9 @@ cpu::Path path(std::size_t n) { return n >= tuned_from ? cpu::active() : cpu::Pa
 template <class T>
 std::uint32_t dispatch(std::uint32_t a, std::uint32_t seed, T scale, T* out, std::size_t n) {
     switch (path(n)) {
-    case cpu::Path::Avx512: return avx512::uniform(a, seed, scale, out, n);
-    case cpu::Path::Avx2: return avx2::uniform(a, seed, scale, out, n);
-    default: return portable::uniform(a, seed, scale, out, n);
+        case cpu::Path::Avx512: return avx512::uniform(a, seed, scale, out, n);
+        case cpu::Path::Avx2: return avx2::uniform(a, seed, scale, out, n);
+        default: return portable::uniform(a, seed, scale, out, n);
     }
 }
 
@@ -61,9 +61,9 @@ std::uint32_t uniform(std::uint32_t a, std::uint32_t seed, double scale, double*
 
 std::uint32_t seeds(std::uint32_t a, std::uint32_t seed, std::uint32_t* out, std::size_t n) {
     switch (path(n)) {
-    case cpu::Path::Avx512: return avx512::seeds(a, seed, out, n);
-    case cpu::Path::Avx2: return avx2::seeds(a, seed, out, n);
-    default: return portable::seeds(a, seed, out, n);
+        case cpu::Path::Avx512: return avx512::seeds(a, seed, out, n);
+        case cpu::Path::Avx2: return avx2::seeds(a, seed, out, n);
+        default: return portable::seeds(a, seed, out, n);
     }
 }
 

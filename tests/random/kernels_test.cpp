@@ -44,7 +44,8 @@ TEST(RandomKernels, TunedPathsMatchPortableBits) {
         for (std::uint32_t a : multipliers) {
             for (std::uint32_t seed : seeds) {
                 for (std::size_t n : lengths) {
-                    SCOPED_TRACE(::testing::Message() << p.name << " a " << a << " seed " << seed << " n " << n);
+                    SCOPED_TRACE(::testing::Message()
+                                 << p.name << " a " << a << " seed " << seed << " n " << n);
                     using FF = std::uint32_t (*)(std::uint32_t, std::uint32_t, float, float*, std::size_t);
                     using FD = std::uint32_t (*)(std::uint32_t, std::uint32_t, double, double*, std::size_t);
                     expect_same<float, FF>(p.f, kern::portable::uniform, a, seed, scale, n);

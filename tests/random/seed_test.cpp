@@ -19,10 +19,10 @@ TEST(ClockSeed, FollowsTheUniversalTimeOfDay) {
         std::time_t t;
         std::int32_t seed;
     } cases[] = {
-        {0, 123457},                                  // exactly midnight
-        {1, 2},                                       // one second later is no longer midnight
-        {3723, 10204},                                // 01:02:03
-        {20000 * day + 86399, 235960},                // 23:59:59
+        {0, 123457},                    // exactly midnight
+        {1, 2},                         // one second later is no longer midnight
+        {3723, 10204},                  // 01:02:03
+        {20000 * day + 86399, 235960},  // 23:59:59
         {12345 * day + 12 * 3600 + 34 * 60 + 57, 123458},
         {std::numeric_limits<std::time_t>::max(), 123457},  // no calendar time at all
     };

@@ -249,13 +249,21 @@ float buf[8];
 const ErrorCase error_cases[] = {
     {"n = 0", [] { EXPECT_EQ(qnum_f_random_uniform(0, 0), nullptr); }, 132, "n_random", 1, INT_MAX},
     {"n < 0 (double)", [] { EXPECT_EQ(qnum_d_random_uniform(-4, 0), nullptr); }, 132, "n_random", 1, INT_MAX},
-    {"unknown option", [] { EXPECT_EQ(qnum_f_random_uniform(5, 10001, 0), nullptr); }, 11001, nullptr, 10001, 2},
+    {"unknown option", [] { EXPECT_EQ(qnum_f_random_uniform(5, 10001, 0), nullptr); }, 11001, nullptr, 10001,
+     2},
     {"unknown option after RETURN_USER",
-     [] { EXPECT_EQ(qnum_f_random_uniform(5, QNUM_RETURN_USER, buf, 77, 0), nullptr); }, 11001, nullptr, 77, 4},
+     [] { EXPECT_EQ(qnum_f_random_uniform(5, QNUM_RETURN_USER, buf, 77, 0), nullptr); }, 11001, nullptr, 77,
+     4},
     {"null RETURN_USER",
-     [] { EXPECT_EQ(qnum_d_random_uniform(5, QNUM_RETURN_USER, (double*)nullptr, 0), nullptr); }, 104, "r", 0, 0},
+     [] { EXPECT_EQ(qnum_d_random_uniform(5, QNUM_RETURN_USER, (double*)nullptr, 0), nullptr); }, 104, "r", 0,
+     0},
     {"rnun n = 0", [] { qnum_rnun(0, buf); }, 132, "n", 1, INT_MAX},
-    {"drnun n < 0", [] { double d[2]; qnum_drnun(-1, d); }, 132, "n", 1, INT_MAX},
+    {"drnun n < 0",
+     [] {
+         double d[2];
+         qnum_drnun(-1, d);
+     },
+     132, "n", 1, INT_MAX},
     {"rnun null r", [] { qnum_rnun(3, nullptr); }, 150, "r", 0, 0},
     {"option 0", [] { qnum_random_option(0); }, 132, "generator_option", 1, 6},
     {"option 7", [] { qnum_random_option(7); }, 132, "generator_option", 1, 6},
