@@ -22,6 +22,7 @@ registry::OnceFlag creation_lock_once{0};
 platform::Mutex creation_lock;
 platform::Mutex signal_lock;
 std::atomic<Context*> first{nullptr};
+std::atomic<int> live{0};
 bool first_recorded = false;  // under creation_lock; stays set when the first thread ends
 
 void destroy_context(void* p) {
@@ -30,6 +31,7 @@ void destroy_context(void* p) {
     Context* expected = c;
     first.compare_exchange_strong(expected, nullptr);
     if (this_thread_context == c) this_thread_context = nullptr;
+    live.fetch_sub(1, std::memory_order_relaxed);
     std::free(c->msg);
     std::free(c->catalogue.search_path);
     std::free(c->catalogue.owned_file_name);
@@ -56,6 +58,7 @@ Context* create_context() {
     void* mem = std::malloc(sizeof(Context));
     if (mem == nullptr) std::abort();  // nothing can be reported without a context
     auto* c = new (mem) Context;
+    live.fetch_add(1, std::memory_order_relaxed);
     registry::once(creation_lock_once, init_creation_lock);
     {
         platform::Lock guard(creation_lock);
@@ -85,6 +88,8 @@ Context* create_context() {
     this_thread_context = c;
     return c;
 }
+
+int live_contexts() { return live.load(std::memory_order_relaxed); }
 
 Context* first_context() { return first.load(std::memory_order_acquire); }
 

