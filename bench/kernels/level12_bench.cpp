@@ -47,7 +47,8 @@ void level1(benchmark::State& state, const std::string& op, Lib lib) {
             const double a = (state.iterations() & 1) ? 1e-3 : -1e-3;
             if (lib == Lib::Qnum) qnum_daxpy(n, a, x.data(), 1, y.data(), 1);
 #ifdef QNUM_HAVE_OPENBLAS
-            else cblas_daxpy(n, a, x.data(), 1, y.data(), 1);
+            else
+                cblas_daxpy(n, a, x.data(), 1, y.data(), 1);
 #endif
         } else {
             sink += lib == Lib::Qnum ? qnum_dnrm2(n, x.data(), 1)
@@ -60,7 +61,8 @@ void level1(benchmark::State& state, const std::string& op, Lib lib) {
         benchmark::ClobberMemory();
     }
     benchmark::DoNotOptimize(sink);
-    state.counters["GFLOP/s"] = benchmark::Counter(2.0 * n * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["GFLOP/s"] =
+        benchmark::Counter(2.0 * n * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 template <class T>
@@ -90,7 +92,8 @@ void gemv(benchmark::State& state, bool trans, Lib lib) {
         }
         benchmark::ClobberMemory();
     }
-    state.counters["GFLOP/s"] = benchmark::Counter(2.0 * n * n * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["GFLOP/s"] =
+        benchmark::Counter(2.0 * n * n * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 // Keeps the fastest run of each benchmark and prints ours / OpenBLAS per pair.
@@ -147,16 +150,21 @@ int main(int argc, char** argv) {
             for (Lib lib : libs)
                 benchmark::RegisterBenchmark((std::string("BM_") + op + "/" + lib_name(lib)).c_str(),
                                              [op, lib](benchmark::State& s) { level1(s, op, lib); })
-                    ->Arg(1000000)->MinTime(0.2);
+                    ->Arg(1000000)
+                    ->MinTime(0.2);
         for (bool trans : {false, true})
             for (Lib lib : libs) {
                 const std::string t = trans ? "T" : "N";
-                benchmark::RegisterBenchmark(("BM_dgemv_" + t + "/" + lib_name(lib)).c_str(),
-                                             [trans, lib](benchmark::State& s) { gemv<double>(s, trans, lib); })
-                    ->Arg(4000)->MinTime(0.2);
-                benchmark::RegisterBenchmark(("BM_sgemv_" + t + "/" + lib_name(lib)).c_str(),
-                                             [trans, lib](benchmark::State& s) { gemv<float>(s, trans, lib); })
-                    ->Arg(4000)->MinTime(0.2);
+                benchmark::RegisterBenchmark(
+                    ("BM_dgemv_" + t + "/" + lib_name(lib)).c_str(),
+                    [trans, lib](benchmark::State& s) { gemv<double>(s, trans, lib); })
+                    ->Arg(4000)
+                    ->MinTime(0.2);
+                benchmark::RegisterBenchmark(
+                    ("BM_sgemv_" + t + "/" + lib_name(lib)).c_str(),
+                    [trans, lib](benchmark::State& s) { gemv<float>(s, trans, lib); })
+                    ->Arg(4000)
+                    ->MinTime(0.2);
             }
     }
     benchmark::Initialize(&argc, argv);

@@ -64,10 +64,9 @@ void gemv(const char* tag, const char* trans, int m, int n, T alpha, const T* a,
           int incx, T beta, T* y, int incy) {
     const char t = opt(trans);
     Checks ck(tag);
-    ck(m < 0, err::negative_rows, Int{m})(n < 0, err::negative_order, Int{n})
-      (lda < m || lda == 0, err::lda_below_rows, Int{lda}, Int{m})
-      (incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})
-      (bad_trans(t), err::bad_trans_option, shown(trans));
+    ck(m < 0, err::negative_rows, Int{m})(n < 0, err::negative_order, Int{n})(
+        lda < m || lda == 0, err::lda_below_rows, Int{lda}, Int{m})(incx == 0, err::zero_incx, Int{incx})(
+        incy == 0, err::zero_incy, Int{incy})(bad_trans(t), err::bad_trans_option, shown(trans));
     if (ck.ok()) kern::gemv(t, m, n, alpha, a, lda, x, incx, beta, y, incy);
 }
 
@@ -76,13 +75,12 @@ void gbmv(const char* tag, const char* trans, int m, int n, int kl, int ku, T al
           const T* x, int incx, T beta, T* y, int incy) {
     const char t = opt(trans);
     Checks ck(tag);
-    ck(m < 0, err::negative_rows, Int{m})(n < 0, err::negative_order, Int{n})
-      (kl < 0 || (m > 0 && kl > m - 1), err::bad_lower_band_width, Int{kl}, Int{m})
-      (ku < 0 || (n > 0 && ku > n - 1), err::bad_upper_band_width, Int{ku}, Int{n})
-      (static_cast<long long>(lda) < static_cast<long long>(kl) + ku + 1, err::lda_below_bands, Int{lda},
-       Int{kl}, Int{ku})
-      (incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})
-      (bad_trans(t), err::bad_trans_option, shown(trans));
+    ck(m < 0, err::negative_rows, Int{m})(n < 0, err::negative_order, Int{n})(
+        kl < 0 || (m > 0 && kl > m - 1), err::bad_lower_band_width, Int{kl}, Int{m})(
+        ku < 0 || (n > 0 && ku > n - 1), err::bad_upper_band_width, Int{ku}, Int{n})(
+        static_cast<long long>(lda) < static_cast<long long>(kl) + ku + 1, err::lda_below_bands, Int{lda},
+        Int{kl}, Int{ku})(incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})(
+        bad_trans(t), err::bad_trans_option, shown(trans));
     if (ck.ok()) kern::gbmv(t, m, n, kl, ku, alpha, a, lda, x, incx, beta, y, incy);
 }
 
@@ -91,39 +89,39 @@ void hemv(const char* tag, const char* uplo, int n, T alpha, const T* a, int lda
           T beta, T* y, int incy) {
     const char u = opt(uplo);
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(lda < n || lda == 0, err::lda_below_order, Int{lda}, Int{n})
-      (incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})
-      (bad_uplo(u), err::bad_uplo_option, shown(uplo));
+    ck(n < 0, err::negative_order, Int{n})(lda < n || lda == 0, err::lda_below_order, Int{lda}, Int{n})(
+        incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})(
+        bad_uplo(u), err::bad_uplo_option, shown(uplo));
     if (ck.ok()) kern::hemv(u, n, alpha, a, lda, x, incx, beta, y, incy);
 }
 
 template <class T>
-void hbmv(const char* tag, const char* uplo, int n, int k, T alpha, const T* a, int lda, const T* x,
-          int incx, T beta, T* y, int incy) {
+void hbmv(const char* tag, const char* uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int incx,
+          T beta, T* y, int incy) {
     const char u = opt(uplo);
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(k < 0, err::negative_band_width, Int{k})
-      (static_cast<long long>(lda) < k + 1LL, err::lda_below_band, Int{lda}, Int{k})
-      (incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})
-      (bad_uplo(u), err::bad_uplo_option, shown(uplo));
+    ck(n < 0, err::negative_order, Int{n})(k < 0, err::negative_band_width, Int{k})(
+        static_cast<long long>(lda) < k + 1LL, err::lda_below_band, Int{lda}, Int{k})(
+        incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})(
+        bad_uplo(u), err::bad_uplo_option, shown(uplo));
     if (ck.ok()) kern::hbmv(u, n, k, alpha, a, lda, x, incx, beta, y, incy);
 }
 
 template <class T>
-void hpmv(const char* tag, const char* uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta,
-          T* y, int incy) {
+void hpmv(const char* tag, const char* uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta, T* y,
+          int incy) {
     const char u = opt(uplo);
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(incx == 0, err::zero_incx, Int{incx})
-      (incy == 0, err::zero_incy, Int{incy})(bad_uplo(u), err::bad_uplo_option, shown(uplo));
+    ck(n < 0, err::negative_order, Int{n})(incx == 0, err::zero_incx, Int{incx})(
+        incy == 0, err::zero_incy, Int{incy})(bad_uplo(u), err::bad_uplo_option, shown(uplo));
     if (ck.ok()) kern::hpmv(u, n, alpha, ap, x, incx, beta, y, incy);
 }
 
 // The option checks shared by the triangular kernels, after their size checks.
 void triangle_options(Checks& ck, int incx, const char* uplo, const char* trans, const char* diag) {
-    ck(incx == 0, err::zero_incx, Int{incx})(bad_uplo(opt(uplo)), err::bad_uplo_option, shown(uplo))
-      (bad_trans(opt(trans)), err::bad_trans_option, shown(trans))
-      (bad_diag(opt(diag)), err::bad_diag_option, shown(diag));
+    ck(incx == 0, err::zero_incx, Int{incx})(bad_uplo(opt(uplo)), err::bad_uplo_option, shown(uplo))(
+        bad_trans(opt(trans)), err::bad_trans_option, shown(trans))(bad_diag(opt(diag)), err::bad_diag_option,
+                                                                    shown(diag));
 }
 
 enum class Tri { Mv, Sv };
@@ -146,8 +144,8 @@ template <class T>
 void tbxv(Tri op, const char* tag, const char* uplo, const char* trans, const char* diag, int n, int k,
           const T* a, int lda, T* x, int incx) {
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(k < 0, err::negative_band_width, Int{k})
-      (static_cast<long long>(lda) < k + 1LL, err::lda_below_band, Int{lda}, Int{k});
+    ck(n < 0, err::negative_order, Int{n})(k < 0, err::negative_band_width, Int{k})(
+        static_cast<long long>(lda) < k + 1LL, err::lda_below_band, Int{lda}, Int{k});
     triangle_options(ck, incx, uplo, trans, diag);
     if (!ck.ok()) return;
     if (op == Tri::Mv) {
@@ -176,12 +174,12 @@ template <class T>
 void complex_tbsv(const char* uplo, const char* trans, const char* diag, int n, int k, const T* a, int lda,
                   T* x, int incx) {
     Checks ck("CTBSV ", /*every=*/true);
-    ck(n < 0, err::band_solve_order, Int{n})(n >= 1 && k < 0, err::band_solve_width, Int{k})
-      (static_cast<long long>(lda) < k + 1LL, err::band_solve_lda, Int{lda}, Int{k})
-      (incx == 0, err::band_solve_incx, Int{incx})
-      (bad_trans(opt(trans)), err::band_solve_trans, shown(trans))
-      (bad_uplo(opt(uplo)), err::band_solve_uplo, shown(uplo))
-      (bad_diag(opt(diag)), err::band_solve_diag, shown(diag));
+    ck(n < 0, err::band_solve_order, Int{n})(n >= 1 && k < 0, err::band_solve_width, Int{k})(
+        static_cast<long long>(lda) < k + 1LL, err::band_solve_lda, Int{lda}, Int{k})(
+        incx == 0, err::band_solve_incx, Int{incx})(bad_trans(opt(trans)), err::band_solve_trans,
+                                                    shown(trans))(
+        bad_uplo(opt(uplo)), err::band_solve_uplo, shown(uplo))(bad_diag(opt(diag)), err::band_solve_diag,
+                                                                shown(diag));
     if (ck.ok()) kern::tbsv(opt(uplo), opt(trans), opt(diag), n, k, a, lda, x, incx);
 }
 
@@ -198,9 +196,9 @@ template <class T>
 void ger(const char* tag, bool conj_y, int m, int n, T alpha, const T* x, int incx, const T* y, int incy,
          T* a, int lda) {
     Checks ck(tag);
-    ck(m < 0, err::negative_rows, Int{m})(n < 0, err::negative_order, Int{n})
-      (lda < m || lda == 0, err::lda_below_rows, Int{lda}, Int{m})
-      (incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy});
+    ck(m < 0, err::negative_rows, Int{m})(n < 0, err::negative_order, Int{n})(
+        lda < m || lda == 0, err::lda_below_rows, Int{lda}, Int{m})(incx == 0, err::zero_incx, Int{incx})(
+        incy == 0, err::zero_incy, Int{incy});
     if (!ck.ok()) return;
     if (conj_y) {
         kern::gerc(m, n, alpha, x, incx, y, incy, a, lda);
@@ -213,8 +211,8 @@ template <class T>
 void her(const char* tag, const char* uplo, int n, Real<T> alpha, const T* x, int incx, T* a, int lda) {
     const char u = opt(uplo);
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(lda < n || lda == 0, err::lda_below_order, Int{lda}, Int{n})
-      (incx == 0, err::zero_incx, Int{incx})(bad_uplo(u), err::bad_uplo_option, shown(uplo));
+    ck(n < 0, err::negative_order, Int{n})(lda < n || lda == 0, err::lda_below_order, Int{lda}, Int{n})(
+        incx == 0, err::zero_incx, Int{incx})(bad_uplo(u), err::bad_uplo_option, shown(uplo));
     if (ck.ok()) kern::her(u, n, alpha, x, incx, a, lda);
 }
 
@@ -222,8 +220,8 @@ template <class T>
 void hpr(const char* tag, const char* uplo, int n, Real<T> alpha, const T* x, int incx, T* ap) {
     const char u = opt(uplo);
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(incx == 0, err::zero_incx, Int{incx})
-      (bad_uplo(u), err::bad_uplo_option, shown(uplo));
+    ck(n < 0, err::negative_order, Int{n})(incx == 0, err::zero_incx, Int{incx})(
+        bad_uplo(u), err::bad_uplo_option, shown(uplo));
     if (ck.ok()) kern::hpr(u, n, alpha, x, incx, ap);
 }
 
@@ -232,9 +230,9 @@ void her2(const char* tag, const char* uplo, int n, T alpha, const T* x, int inc
           int lda) {
     const char u = opt(uplo);
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(lda < n || lda == 0, err::lda_below_order, Int{lda}, Int{n})
-      (incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})
-      (bad_uplo(u), err::bad_uplo_option, shown(uplo));
+    ck(n < 0, err::negative_order, Int{n})(lda < n || lda == 0, err::lda_below_order, Int{lda}, Int{n})(
+        incx == 0, err::zero_incx, Int{incx})(incy == 0, err::zero_incy, Int{incy})(
+        bad_uplo(u), err::bad_uplo_option, shown(uplo));
     if (ck.ok()) kern::her2(u, n, alpha, x, incx, y, incy, a, lda);
 }
 
@@ -243,8 +241,8 @@ void hpr2(const char* tag, const char* uplo, int n, T alpha, const T* x, int inc
           T* ap) {
     const char u = opt(uplo);
     Checks ck(tag);
-    ck(n < 0, err::negative_order, Int{n})(incx == 0, err::zero_incx, Int{incx})
-      (incy == 0, err::zero_incy, Int{incy})(bad_uplo(u), err::bad_uplo_option, shown(uplo));
+    ck(n < 0, err::negative_order, Int{n})(incx == 0, err::zero_incx, Int{incx})(
+        incy == 0, err::zero_incy, Int{incy})(bad_uplo(u), err::bad_uplo_option, shown(uplo));
     if (ck.ok()) kern::hpr2(u, n, alpha, x, incx, y, incy, ap);
 }
 
@@ -253,8 +251,8 @@ void hpr2(const char* tag, const char* uplo, int n, T alpha, const T* x, int inc
 template <class T>
 void copy_matrix(const char* tag, int n, const T* a, int lda, T* b, int ldb) {
     Checks ck(tag);
-    ck(n < 1, err::copy_order_not_positive, Int{n})(lda < n, err::copy_lda_too_small, Int{lda}, Int{n})
-      (ldb < n, err::copy_ldb_too_small, Int{ldb}, Int{n});
+    ck(n < 1, err::copy_order_not_positive, Int{n})(lda < n, err::copy_lda_too_small, Int{lda}, Int{n})(
+        ldb < n, err::copy_ldb_too_small, Int{ldb}, Int{n});
     if (ck.ok()) kern::copy_matrix(n, a, lda, b, ldb);
 }
 
@@ -262,11 +260,12 @@ template <class T>
 void copy_band(const char* tag, int n, const T* a, int lda, int nla, int nua, T* b, int ldb, int nlb,
                int nub) {
     Checks ck(tag);
-    ck(n < 1, err::band_copy_order, Int{n})(nla < 0, err::band_copy_nlca, Int{nla})
-      (nua < 0, err::band_copy_nuca, Int{nua})
-      (static_cast<long long>(lda) < nla + 1LL + nua, err::band_copy_lda, Int{lda}, Int{nla}, Int{nua})
-      (nlb < nla, err::band_copy_nlcb, Int{nlb}, Int{nla})(nub < nua, err::band_copy_nucb, Int{nub}, Int{nua})
-      (static_cast<long long>(ldb) < nlb + 1LL + nub, err::band_copy_ldb, Int{ldb}, Int{nlb}, Int{nub});
+    ck(n < 1, err::band_copy_order, Int{n})(nla < 0, err::band_copy_nlca, Int{nla})(
+        nua < 0, err::band_copy_nuca, Int{nua})(static_cast<long long>(lda) < nla + 1LL + nua,
+                                                err::band_copy_lda, Int{lda}, Int{nla},
+                                                Int{nua})(nlb < nla, err::band_copy_nlcb, Int{nlb}, Int{nla})(
+        nub < nua, err::band_copy_nucb, Int{nub}, Int{nua})(static_cast<long long>(ldb) < nlb + 1LL + nub,
+                                                            err::band_copy_ldb, Int{ldb}, Int{nlb}, Int{nub});
     if (ck.ok()) kern::copy_band(n, a, lda, nla, nua, b, ldb, nlb, nub);
 }
 
@@ -318,7 +317,9 @@ QNUM_API void qnum_daxpy(int n, double a, const double* x, int incx, double* y, 
 }
 QNUM_API void qnum_sscal(int n, float a, float* x, int incx) { scal_pos(n, a, x, incx); }
 QNUM_API void qnum_dscal(int n, double a, double* x, int incx) { scal_pos(n, a, x, incx); }
-QNUM_API void qnum_scopy(int n, const float* x, int incx, float* y, int incy) { kern::copy(n, x, incx, y, incy); }
+QNUM_API void qnum_scopy(int n, const float* x, int incx, float* y, int incy) {
+    kern::copy(n, x, incx, y, incy);
+}
 QNUM_API void qnum_dcopy(int n, const double* x, int incx, double* y, int incy) {
     kern::copy(n, x, incx, y, incy);
 }
@@ -381,10 +382,12 @@ QNUM_API void qnum_csscal(const int* n, const float* a, qnum_f_complex* x, const
 QNUM_API void qnum_zdscal(const int* n, const double* a, qnum_d_complex* x, const int* incx) {
     if (*incx > 0) kern::rscal(*n, *a, cx(x), *incx);
 }
-QNUM_API void qnum_cswap(const int* n, qnum_f_complex* x, const int* incx, qnum_f_complex* y, const int* incy) {
+QNUM_API void qnum_cswap(const int* n, qnum_f_complex* x, const int* incx, qnum_f_complex* y,
+                         const int* incy) {
     kern::swap(*n, cx(x), *incx, cx(y), *incy);
 }
-QNUM_API void qnum_zswap(const int* n, qnum_d_complex* x, const int* incx, qnum_d_complex* y, const int* incy) {
+QNUM_API void qnum_zswap(const int* n, qnum_d_complex* x, const int* incx, qnum_d_complex* y,
+                         const int* incy) {
     kern::swap(*n, cx(x), *incx, cx(y), *incy);
 }
 QNUM_API void qnum_csrot(const int* n, qnum_f_complex* x, const int* incx, qnum_f_complex* y, const int* incy,
@@ -454,7 +457,8 @@ QNUM_API double qnum_20734(int n, const double* x, int incx) { return kern::sum(
 QNUM_API void qnum_svcal(int n, float a, const float* x, int incx, float* y, int incy) {
     kern::svcal(n, a, x, incx, y, incy);
 }
-QNUM_API float qnum_sxyz(int n, const float* x, int incx, const float* y, int incy, const float* z, int incz) {
+QNUM_API float qnum_sxyz(int n, const float* x, int incx, const float* y, int incy, const float* z,
+                         int incz) {
     return kern::xyz(n, x, incx, y, incy, z, incz);
 }
 QNUM_API double qnum_dxyz(int n, const double* x, int incx, const double* y, int incy, const double* z,
@@ -492,24 +496,26 @@ QNUM_API void qnum_dccgcg(const int* n, const qnum_d_complex* a, const int* lda,
     copy_matrix("qnum_dcgcg", *n, cx(a), *lda, cx(b), *ldb);
 }
 QNUM_API void qnum_ccbcb(const int* n, const qnum_f_complex* a, const int* lda, const int* nlca,
-                         const int* nuca, qnum_f_complex* b, const int* ldb, const int* nlcb, const int* nucb) {
+                         const int* nuca, qnum_f_complex* b, const int* ldb, const int* nlcb,
+                         const int* nucb) {
     copy_band("CCBCB ", *n, cx(a), *lda, *nlca, *nuca, cx(b), *ldb, *nlcb, *nucb);
 }
 QNUM_API void qnum_dccbcb(const int* n, const qnum_d_complex* a, const int* lda, const int* nlca,
-                          const int* nuca, qnum_d_complex* b, const int* ldb, const int* nlcb, const int* nucb) {
+                          const int* nuca, qnum_d_complex* b, const int* ldb, const int* nlcb,
+                          const int* nucb) {
     copy_band("DCCBCB", *n, cx(a), *lda, *nlca, *nuca, cx(b), *ldb, *nlcb, *nucb);
 }
 
 // ---- Level 2: general products ----
 
-QNUM_API void qnum_sgemv(const char* trans, int, const int* m, const int* n, const float* alpha, const float* a,
-                         const int* lda, const float* x, const int* incx, const float* beta, float* y,
-                         const int* incy) {
+QNUM_API void qnum_sgemv(const char* trans, int, const int* m, const int* n, const float* alpha,
+                         const float* a, const int* lda, const float* x, const int* incx, const float* beta,
+                         float* y, const int* incy) {
     gemv("SGEMV ", trans, *m, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 QNUM_API void qnum_dgemv(const char* trans, int, const int* m, const int* n, const double* alpha,
-                         const double* a, const int* lda, const double* x, const int* incx, const double* beta,
-                         double* y, const int* incy) {
+                         const double* a, const int* lda, const double* x, const int* incx,
+                         const double* beta, double* y, const int* incy) {
     gemv("DGEMV ", trans, *m, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 QNUM_API void qnum_cgemv(const char* trans, int, const int* m, const int* n, const qnum_f_complex* alpha,
@@ -528,27 +534,28 @@ QNUM_API void qnum_sgbmv(const char* trans, int, const int* m, const int* n, con
     gbmv("SGBMV ", trans, *m, *n, *kl, *ku, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 QNUM_API void qnum_dsgbmv(const char* trans, int, const int* m, const int* n, const int* kl, const int* ku,
-                          const double* alpha, const double* a, const int* lda, const double* x, const int* incx,
-                          const double* beta, double* y, const int* incy) {
+                          const double* alpha, const double* a, const int* lda, const double* x,
+                          const int* incx, const double* beta, double* y, const int* incy) {
     gbmv("SGBMV ", trans, *m, *n, *kl, *ku, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 QNUM_API void qnum_cgbmv(const char* trans, int, const int* m, const int* n, const int* kl, const int* ku,
                          const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
-                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* beta, qnum_f_complex* y,
-                         const int* incy) {
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* beta,
+                         qnum_f_complex* y, const int* incy) {
     gbmv("CGBMV ", trans, *m, *n, *kl, *ku, *cx(alpha), cx(a), *lda, cx(x), *incx, *cx(beta), cx(y), *incy);
 }
 QNUM_API void qnum_zgbmv(const char* trans, int, const int* m, const int* n, const int* kl, const int* ku,
                          const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
-                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* beta, qnum_d_complex* y,
-                         const int* incy) {
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* beta,
+                         qnum_d_complex* y, const int* incy) {
     gbmv("ZGBMV ", trans, *m, *n, *kl, *ku, *cx(alpha), cx(a), *lda, cx(x), *incx, *cx(beta), cx(y), *incy);
 }
 
 // ---- Level 2: symmetric and Hermitian products ----
 
-QNUM_API void qnum_ssymv(const char* uplo, int, const int* n, const float* alpha, const float* a, const int* lda,
-                         const float* x, const int* incx, const float* beta, float* y, const int* incy) {
+QNUM_API void qnum_ssymv(const char* uplo, int, const int* n, const float* alpha, const float* a,
+                         const int* lda, const float* x, const int* incx, const float* beta, float* y,
+                         const int* incy) {
     hemv("SSYMV ", uplo, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 QNUM_API void qnum_dsymv(const char* uplo, int, const int* n, const double* alpha, const double* a,
@@ -556,24 +563,24 @@ QNUM_API void qnum_dsymv(const char* uplo, int, const int* n, const double* alph
                          const int* incy) {
     hemv("DSYMV ", uplo, *n, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
-QNUM_API void qnum_chemv(const char* uplo, int, const int* n, const qnum_f_complex* alpha, const qnum_f_complex* a,
-                         const int* lda, const qnum_f_complex* x, const int* incx, const qnum_f_complex* beta,
-                         qnum_f_complex* y, const int* incy) {
+QNUM_API void qnum_chemv(const char* uplo, int, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* x, const int* incx,
+                         const qnum_f_complex* beta, qnum_f_complex* y, const int* incy) {
     hemv("qnum_chemv", uplo, *n, *cx(alpha), cx(a), *lda, cx(x), *incx, *cx(beta), cx(y), *incy);
 }
-QNUM_API void qnum_zhemv(const char* uplo, int, const int* n, const qnum_d_complex* alpha, const qnum_d_complex* a,
-                         const int* lda, const qnum_d_complex* x, const int* incx, const qnum_d_complex* beta,
-                         qnum_d_complex* y, const int* incy) {
+QNUM_API void qnum_zhemv(const char* uplo, int, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* x, const int* incx,
+                         const qnum_d_complex* beta, qnum_d_complex* y, const int* incy) {
     hemv("qnum_zhemv", uplo, *n, *cx(alpha), cx(a), *lda, cx(x), *incx, *cx(beta), cx(y), *incy);
 }
-QNUM_API void qnum_ssbmv(const char* uplo, int, const int* n, const int* k, const float* alpha, const float* a,
-                         const int* lda, const float* x, const int* incx, const float* beta, float* y,
-                         const int* incy) {
+QNUM_API void qnum_ssbmv(const char* uplo, int, const int* n, const int* k, const float* alpha,
+                         const float* a, const int* lda, const float* x, const int* incx, const float* beta,
+                         float* y, const int* incy) {
     hbmv("qnum_ssbmv", uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
-QNUM_API void qnum_dssbmv(const char* uplo, int, const int* n, const int* k, const double* alpha, const double* a,
-                          const int* lda, const double* x, const int* incx, const double* beta, double* y,
-                          const int* incy) {
+QNUM_API void qnum_dssbmv(const char* uplo, int, const int* n, const int* k, const double* alpha,
+                          const double* a, const int* lda, const double* x, const int* incx,
+                          const double* beta, double* y, const int* incy) {
     hbmv("qnum_dssbmv", uplo, *n, *k, *alpha, a, *lda, x, *incx, *beta, y, *incy);
 }
 QNUM_API void qnum_chbmv(const char* uplo, int, const int* n, const int* k, const qnum_f_complex* alpha,
@@ -586,22 +593,22 @@ QNUM_API void qnum_zhbmv(const char* uplo, int, const int* n, const int* k, cons
                          const qnum_d_complex* beta, qnum_d_complex* y, const int* incy) {
     hbmv("qnum_zhbmv", uplo, *n, *k, *cx(alpha), cx(a), *lda, cx(x), *incx, *cx(beta), cx(y), *incy);
 }
-QNUM_API void qnum_sspmv(const char* uplo, int, const int* n, const float* alpha, const float* ap, const float* x,
-                         const int* incx, const float* beta, float* y, const int* incy) {
+QNUM_API void qnum_sspmv(const char* uplo, int, const int* n, const float* alpha, const float* ap,
+                         const float* x, const int* incx, const float* beta, float* y, const int* incy) {
     hpmv("qnum_sspmv", uplo, *n, *alpha, ap, x, *incx, *beta, y, *incy);
 }
 QNUM_API void qnum_dspmv(const char* uplo, int, const int* n, const double* alpha, const double* ap,
                          const double* x, const int* incx, const double* beta, double* y, const int* incy) {
     hpmv("qnum_dspmv", uplo, *n, *alpha, ap, x, *incx, *beta, y, *incy);
 }
-QNUM_API void qnum_chpmv(const char* uplo, int, const int* n, const qnum_f_complex* alpha, const qnum_f_complex* ap,
-                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* beta, qnum_f_complex* y,
-                         const int* incy) {
+QNUM_API void qnum_chpmv(const char* uplo, int, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* ap, const qnum_f_complex* x, const int* incx,
+                         const qnum_f_complex* beta, qnum_f_complex* y, const int* incy) {
     hpmv("qnum_chpmv", uplo, *n, *cx(alpha), cx(ap), cx(x), *incx, *cx(beta), cx(y), *incy);
 }
-QNUM_API void qnum_zhpmv(const char* uplo, int, const int* n, const qnum_d_complex* alpha, const qnum_d_complex* ap,
-                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* beta, qnum_d_complex* y,
-                         const int* incy) {
+QNUM_API void qnum_zhpmv(const char* uplo, int, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* ap, const qnum_d_complex* x, const int* incx,
+                         const qnum_d_complex* beta, qnum_d_complex* y, const int* incy) {
     hpmv("qnum_zhpmv", uplo, *n, *cx(alpha), cx(ap), cx(x), *incx, *cx(beta), cx(y), *incy);
 }
 
@@ -657,12 +664,12 @@ QNUM_API void qnum_ztpmv(const char* uplo, int, const char* trans, int, const ch
                          const qnum_d_complex* ap, qnum_d_complex* x, const int* incx) {
     tpxv(Tri::Mv, "qnum_ztpmv", uplo, trans, diag, *n, cx(ap), cx(x), *incx);
 }
-QNUM_API void qnum_strsv(const char* uplo, const char* trans, const char* diag, int n, const float* a, int lda,
-                         float* x, int incx) {
+QNUM_API void qnum_strsv(const char* uplo, const char* trans, const char* diag, int n, const float* a,
+                         int lda, float* x, int incx) {
     plain_trsv(uplo, trans, diag, n, a, lda, x, incx);
 }
-QNUM_API void qnum_dtrsv(const char* uplo, const char* trans, const char* diag, int n, const double* a, int lda,
-                         double* x, int incx) {
+QNUM_API void qnum_dtrsv(const char* uplo, const char* trans, const char* diag, int n, const double* a,
+                         int lda, double* x, int incx) {
     plain_trsv(uplo, trans, diag, n, a, lda, x, incx);
 }
 QNUM_API void qnum_ctrsv(const char* uplo, int, const char* trans, int, const char* diag, int, const int* n,
@@ -710,8 +717,8 @@ QNUM_API void qnum_ztpsv(const char* uplo, int, const char* trans, int, const ch
 
 // ---- Level 2: rank updates ----
 
-QNUM_API void qnum_sger(int m, int n, float alpha, const float* x, int incx, const float* y, int incy, float* a,
-                        int lda) {
+QNUM_API void qnum_sger(int m, int n, float alpha, const float* x, int incx, const float* y, int incy,
+                        float* a, int lda) {
     ger("qnum_sger", false, m, n, alpha, x, incx, y, incy, a, lda);
 }
 QNUM_API void qnum_dger(int m, int n, double alpha, const double* x, int incx, const double* y, int incy,
@@ -738,8 +745,8 @@ QNUM_API void qnum_zgerc(const int* m, const int* n, const qnum_d_complex* alpha
                          const int* lda) {
     ger("ZGERC ", true, *m, *n, *cx(alpha), cx(x), *incx, cx(y), *incy, cx(a), *lda);
 }
-QNUM_API void qnum_ssyr(const char* uplo, int, const int* n, const float* alpha, const float* x, const int* incx,
-                        float* a, const int* lda) {
+QNUM_API void qnum_ssyr(const char* uplo, int, const int* n, const float* alpha, const float* x,
+                        const int* incx, float* a, const int* lda) {
     her("qnum_ssyr", uplo, *n, *alpha, x, *incx, a, *lda);
 }
 QNUM_API void qnum_dsyr(const char* uplo, int, const int* n, const double* alpha, const double* x,
@@ -754,8 +761,8 @@ QNUM_API void qnum_zher(const char* uplo, int, const int* n, const double* alpha
                         const int* incx, qnum_d_complex* a, const int* lda) {
     her("qnum_zher", uplo, *n, *alpha, cx(x), *incx, cx(a), *lda);
 }
-QNUM_API void qnum_sspr(const char* uplo, int, const int* n, const float* alpha, const float* x, const int* incx,
-                        float* ap) {
+QNUM_API void qnum_sspr(const char* uplo, int, const int* n, const float* alpha, const float* x,
+                        const int* incx, float* ap) {
     hpr("qnum_sspr", uplo, *n, *alpha, x, *incx, ap);
 }
 QNUM_API void qnum_dspr(const char* uplo, int, const int* n, const double* alpha, const double* x,
@@ -770,38 +777,40 @@ QNUM_API void qnum_zhpr(const char* uplo, int, const int* n, const double* alpha
                         const int* incx, qnum_d_complex* ap) {
     hpr("qnum_zhpr", uplo, *n, *alpha, cx(x), *incx, cx(ap));
 }
-QNUM_API void qnum_ssyr2(const char* uplo, int, const int* n, const float* alpha, const float* x, const int* incx,
-                         const float* y, const int* incy, float* a, const int* lda) {
+QNUM_API void qnum_ssyr2(const char* uplo, int, const int* n, const float* alpha, const float* x,
+                         const int* incx, const float* y, const int* incy, float* a, const int* lda) {
     her2("qnum_ssyr2", uplo, *n, *alpha, x, *incx, y, *incy, a, *lda);
 }
 QNUM_API void qnum_dsyr2(const char* uplo, int, const int* n, const double* alpha, const double* x,
                          const int* incx, const double* y, const int* incy, double* a, const int* lda) {
     her2("qnum_dsyr2", uplo, *n, *alpha, x, *incx, y, *incy, a, *lda);
 }
-QNUM_API void qnum_cher2(const char* uplo, int, const int* n, const qnum_f_complex* alpha, const qnum_f_complex* x,
-                         const int* incx, const qnum_f_complex* y, const int* incy, qnum_f_complex* a,
-                         const int* lda) {
+QNUM_API void qnum_cher2(const char* uplo, int, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* y, const int* incy,
+                         qnum_f_complex* a, const int* lda) {
     her2("qnum_cher2", uplo, *n, *cx(alpha), cx(x), *incx, cx(y), *incy, cx(a), *lda);
 }
-QNUM_API void qnum_zher2(const char* uplo, int, const int* n, const qnum_d_complex* alpha, const qnum_d_complex* x,
-                         const int* incx, const qnum_d_complex* y, const int* incy, qnum_d_complex* a,
-                         const int* lda) {
+QNUM_API void qnum_zher2(const char* uplo, int, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* y, const int* incy,
+                         qnum_d_complex* a, const int* lda) {
     her2("qnum_zher2", uplo, *n, *cx(alpha), cx(x), *incx, cx(y), *incy, cx(a), *lda);
 }
-QNUM_API void qnum_sspr2(const char* uplo, int, const int* n, const float* alpha, const float* x, const int* incx,
-                         const float* y, const int* incy, float* ap) {
+QNUM_API void qnum_sspr2(const char* uplo, int, const int* n, const float* alpha, const float* x,
+                         const int* incx, const float* y, const int* incy, float* ap) {
     hpr2("qnum_sspr2", uplo, *n, *alpha, x, *incx, y, *incy, ap);
 }
 QNUM_API void qnum_dspr2(const char* uplo, int, const int* n, const double* alpha, const double* x,
                          const int* incx, const double* y, const int* incy, double* ap) {
     hpr2("qnum_dspr2", uplo, *n, *alpha, x, *incx, y, *incy, ap);
 }
-QNUM_API void qnum_chpr2(const char* uplo, int, const int* n, const qnum_f_complex* alpha, const qnum_f_complex* x,
-                         const int* incx, const qnum_f_complex* y, const int* incy, qnum_f_complex* ap) {
+QNUM_API void qnum_chpr2(const char* uplo, int, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* x, const int* incx, const qnum_f_complex* y, const int* incy,
+                         qnum_f_complex* ap) {
     hpr2("qnum_chpr2", uplo, *n, *cx(alpha), cx(x), *incx, cx(y), *incy, cx(ap));
 }
-QNUM_API void qnum_zhpr2(const char* uplo, int, const int* n, const qnum_d_complex* alpha, const qnum_d_complex* x,
-                         const int* incx, const qnum_d_complex* y, const int* incy, qnum_d_complex* ap) {
+QNUM_API void qnum_zhpr2(const char* uplo, int, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* x, const int* incx, const qnum_d_complex* y, const int* incy,
+                         qnum_d_complex* ap) {
     hpr2("qnum_zhpr2", uplo, *n, *cx(alpha), cx(x), *incx, cx(y), *incy, cx(ap));
 }
 
@@ -817,21 +826,21 @@ QNUM_API void qnum_20737(const char*, int, const int*, const float*, const float
                          const int*) __attribute__((alias("qnum_ssyr")));
 QNUM_API void qnum_20738(const char*, int, const int*, const double*, const double*, const int*, double*,
                          const int*) __attribute__((alias("qnum_dsyr")));
-QNUM_API void qnum_20745(const char*, int, const int*, const qnum_f_complex*, const qnum_f_complex*, const int*,
-                         const qnum_f_complex*, const int*, const qnum_f_complex*, qnum_f_complex*, const int*)
-    __attribute__((alias("qnum_chemv")));
-QNUM_API void qnum_20746(const char*, int, const int*, const qnum_d_complex*, const qnum_d_complex*, const int*,
-                         const qnum_d_complex*, const int*, const qnum_d_complex*, qnum_d_complex*, const int*)
-    __attribute__((alias("qnum_zhemv")));
+QNUM_API void qnum_20745(const char*, int, const int*, const qnum_f_complex*, const qnum_f_complex*,
+                         const int*, const qnum_f_complex*, const int*, const qnum_f_complex*,
+                         qnum_f_complex*, const int*) __attribute__((alias("qnum_chemv")));
+QNUM_API void qnum_20746(const char*, int, const int*, const qnum_d_complex*, const qnum_d_complex*,
+                         const int*, const qnum_d_complex*, const int*, const qnum_d_complex*,
+                         qnum_d_complex*, const int*) __attribute__((alias("qnum_zhemv")));
 QNUM_API void qnum_20747(const char*, int, const int*, const float*, const qnum_f_complex*, const int*,
                          qnum_f_complex*, const int*) __attribute__((alias("qnum_cher")));
 QNUM_API void qnum_20748(const char*, int, const int*, const double*, const qnum_d_complex*, const int*,
                          qnum_d_complex*, const int*) __attribute__((alias("qnum_zher")));
-QNUM_API void qnum_20749(const char*, int, const int*, const qnum_f_complex*, const qnum_f_complex*, const int*,
-                         const qnum_f_complex*, const int*, qnum_f_complex*, const int*)
+QNUM_API void qnum_20749(const char*, int, const int*, const qnum_f_complex*, const qnum_f_complex*,
+                         const int*, const qnum_f_complex*, const int*, qnum_f_complex*, const int*)
     __attribute__((alias("qnum_cher2")));
-QNUM_API void qnum_20750(const char*, int, const int*, const qnum_d_complex*, const qnum_d_complex*, const int*,
-                         const qnum_d_complex*, const int*, qnum_d_complex*, const int*)
+QNUM_API void qnum_20750(const char*, int, const int*, const qnum_d_complex*, const qnum_d_complex*,
+                         const int*, const qnum_d_complex*, const int*, qnum_d_complex*, const int*)
     __attribute__((alias("qnum_zher2")));
 
 }  // extern "C"

@@ -8,8 +8,8 @@ namespace qnum::kern {
 // one forms y(j) += alpha (column j . x); either way A is read down its columns with unit
 // stride. Long real columns go to the tuned table, which streams A once.
 template <class T>
-void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta,
-          T* y, int incy) {
+void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+          int incy) {
     if (m == 0 || n == 0 || (alpha == T(0) && beta == T(1))) return;
     const bool notrans = trans == 'N';
     const int lenx = notrans ? n : m, leny = notrans ? m : n;
@@ -36,8 +36,8 @@ void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, in
 // Column j of the band holds rows max(0, j-ku) .. min(m-1, j+kl); row i of the matrix sits at
 // row ku + i - j of the band array.
 template <class T>
-void gbmv(char trans, int m, int n, int kl, int ku, T alpha, const T* a, int lda, const T* x,
-          int incx, T beta, T* y, int incy) {
+void gbmv(char trans, int m, int n, int kl, int ku, T alpha, const T* a, int lda, const T* x, int incx,
+          T beta, T* y, int incy) {
     if (m == 0 || n == 0 || (alpha == T(0) && beta == T(1))) return;
     const bool notrans = trans == 'N';
     const int lenx = notrans ? n : m, leny = notrans ? m : n;
@@ -58,8 +58,8 @@ void gbmv(char trans, int m, int n, int kl, int ku, T alpha, const T* a, int lda
     }
 }
 
-#define QNUM_KERN_GEMV(T)                                                                    \
-    template void gemv<T>(char, int, int, T, const T*, int, const T*, int, T, T*, int);      \
+#define QNUM_KERN_GEMV(T)                                                               \
+    template void gemv<T>(char, int, int, T, const T*, int, const T*, int, T, T*, int); \
     template void gbmv<T>(char, int, int, int, int, T, const T*, int, const T*, int, T, T*, int);
 QNUM_KERN_GEMV(float)
 QNUM_KERN_GEMV(double)

@@ -98,7 +98,7 @@ void copy_matrix(int n, const T* a, int lda, T* b, int ldb) {
 // share its storage is written: b's position of an element never lies before a's.
 template <class T>
 void copy_band(int n, const T* a, int lda, int nla, int nua, T* b, int ldb, int nlb, int nub) {
-    const idx shift = nub - nua;             // row of a's top diagonal within b
+    const idx shift = nub - nua;  // row of a's top diagonal within b
     const idx rows_a = nla + nua + 1, rows_b = nlb + nub + 1;
     for (idx j = n - 1; j >= 0; --j) {
         const T* aj = a + j * lda;
@@ -109,12 +109,12 @@ void copy_band(int n, const T* a, int lda, int nla, int nua, T* b, int ldb, int 
     }
 }
 
-#define QNUM_KERN_HELPERS(T)                                                          \
-    template void fill<T>(int, T, T*, int);                                           \
-    template void add<T>(int, T, T*, int);                                            \
-    template T sum<T>(int, const T*, int);                                            \
-    template void svcal<T>(int, T, const T*, int, T*, int);                           \
-    template void copy_matrix<T>(int, const T*, int, T*, int);                        \
+#define QNUM_KERN_HELPERS(T)                                   \
+    template void fill<T>(int, T, T*, int);                    \
+    template void add<T>(int, T, T*, int);                     \
+    template T sum<T>(int, const T*, int);                     \
+    template void svcal<T>(int, T, const T*, int, T*, int);    \
+    template void copy_matrix<T>(int, const T*, int, T*, int); \
     template void copy_band<T>(int, const T*, int, int, int, T*, int, int, int);
 QNUM_KERN_HELPERS(float)
 QNUM_KERN_HELPERS(double)

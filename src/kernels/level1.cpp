@@ -374,18 +374,18 @@ int iamax(int n, const T* x, int incx) {
     return best;
 }
 
-#define QNUM_KERN_LEVEL1(T)                                                  \
-    template T dot<T>(int, const T*, int, const T*, int);                    \
-    template T dotc<T>(int, const T*, int, const T*, int);                   \
-    template void axpy<T>(int, T, const T*, int, T*, int);                   \
-    template void scal<T>(int, T, T*, int);                                  \
-    template void rscal<T>(int, Real<T>, T*, int);                           \
-    template void copy<T>(int, const T*, int, T*, int);                      \
-    template void swap<T>(int, T*, int, T*, int);                            \
-    template void rot<T>(int, T*, int, T*, int, Real<T>, Real<T>);           \
-    template void rotg<T>(T*, T*, Real<T>*, T*);                             \
-    template Real<T> nrm2<T>(int, const T*, int);                            \
-    template Real<T> asum<T>(int, const T*, int);                            \
+#define QNUM_KERN_LEVEL1(T)                                        \
+    template T dot<T>(int, const T*, int, const T*, int);          \
+    template T dotc<T>(int, const T*, int, const T*, int);         \
+    template void axpy<T>(int, T, const T*, int, T*, int);         \
+    template void scal<T>(int, T, T*, int);                        \
+    template void rscal<T>(int, Real<T>, T*, int);                 \
+    template void copy<T>(int, const T*, int, T*, int);            \
+    template void swap<T>(int, T*, int, T*, int);                  \
+    template void rot<T>(int, T*, int, T*, int, Real<T>, Real<T>); \
+    template void rotg<T>(T*, T*, Real<T>*, T*);                   \
+    template Real<T> nrm2<T>(int, const T*, int);                  \
+    template Real<T> asum<T>(int, const T*, int);                  \
     template int iamax<T>(int, const T*, int);
 QNUM_KERN_LEVEL1(float)
 QNUM_KERN_LEVEL1(double)

@@ -19,24 +19,22 @@ namespace qnum::kern {
 
 // y := alpha op(A) x + beta y, A m by n
 template <class T>
-void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta,
-          T* y, int incy);
+void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+          int incy);
 // the same with A an m by n band matrix of kl sub- and ku super-diagonals
 template <class T>
-void gbmv(char trans, int m, int n, int kl, int ku, T alpha, const T* a, int lda, const T* x,
-          int incx, T beta, T* y, int incy);
+void gbmv(char trans, int m, int n, int kl, int ku, T alpha, const T* a, int lda, const T* x, int incx,
+          T beta, T* y, int incy);
 // y := alpha A x + beta y, A Hermitian (symmetric), one triangle referenced
 template <class T>
-void hemv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
-          int incy);
+void hemv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy);
 // the same with A a Hermitian band matrix of k off-diagonals
 template <class T>
-void hbmv(char uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int incx, T beta,
-          T* y, int incy);
+void hbmv(char uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+          int incy);
 // the same with A packed
 template <class T>
-void hpmv(char uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta, T* y,
-          int incy);
+void hpmv(char uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta, T* y, int incy);
 
 // x := op(A) x, A triangular (full, band with k off-diagonals, packed)
 template <class T>

@@ -65,8 +65,7 @@ void hermitian_rank2(int n, T alpha, const T* x, int incx, const T* y, int incy,
 }
 
 template <class T>
-void general_rank1(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, T* a,
-                   int lda, bool c) {
+void general_rank1(int m, int n, T alpha, const T* x, int incx, const T* y, int incy, T* a, int lda, bool c) {
     if (m == 0 || n == 0 || alpha == T(0)) return;
     const T* xp = x + first(m, incx);
     const T* yp = y + first(n, incy);
@@ -105,12 +104,12 @@ void hpr2(char uplo, int n, T alpha, const T* x, int incx, const T* y, int incy,
     hermitian_rank2<T>(n, alpha, x, incx, y, incy, packed_column(uplo == 'U', n, ap));
 }
 
-#define QNUM_KERN_RANK(T)                                                                  \
-    template void ger<T>(int, int, T, const T*, int, const T*, int, T*, int);              \
-    template void gerc<T>(int, int, T, const T*, int, const T*, int, T*, int);             \
-    template void her<T>(char, int, Real<T>, const T*, int, T*, int);                      \
-    template void hpr<T>(char, int, Real<T>, const T*, int, T*);                           \
-    template void her2<T>(char, int, T, const T*, int, const T*, int, T*, int);            \
+#define QNUM_KERN_RANK(T)                                                       \
+    template void ger<T>(int, int, T, const T*, int, const T*, int, T*, int);   \
+    template void gerc<T>(int, int, T, const T*, int, const T*, int, T*, int);  \
+    template void her<T>(char, int, Real<T>, const T*, int, T*, int);           \
+    template void hpr<T>(char, int, Real<T>, const T*, int, T*);                \
+    template void her2<T>(char, int, T, const T*, int, const T*, int, T*, int); \
     template void hpr2<T>(char, int, T, const T*, int, const T*, int, T*);
 QNUM_KERN_RANK(float)
 QNUM_KERN_RANK(double)

@@ -20,8 +20,7 @@ inline idx first(int n, int inc) { return inc < 0 ? static_cast<idx>(1 - n) * in
 template <class T>
 inline T mul(T a, T b) {
     if constexpr (is_complex_v<T>) {
-        return T(a.real() * b.real() - a.imag() * b.imag(),
-                 a.real() * b.imag() + a.imag() * b.real());
+        return T(a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real());
     } else {
         return a * b;
     }

@@ -18,8 +18,7 @@ struct Seg {
 // contributes a(i,j) x(j) to y(i) and conj(a(i,j)) x(i) to y(j), so A is read once. The
 // layouts differ only in where column j lives (`column`).
 template <class T, class Column>
-void hermitian_product(int n, T alpha, const T* x, int incx, T beta, T* y, int incy,
-                       Column column) {
+void hermitian_product(int n, T alpha, const T* x, int incx, T beta, T* y, int incy, Column column) {
     if (n == 0 || (alpha == T(0) && beta == T(1))) return;
     scale_y(n, beta, y, incy);
     if (alpha == T(0)) return;
@@ -37,8 +36,7 @@ void hermitian_product(int n, T alpha, const T* x, int incx, T beta, T* y, int i
 }  // namespace
 
 template <class T>
-void hemv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
-          int incy) {
+void hemv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y, int incy) {
     const bool upper = uplo == 'U';
     hermitian_product(n, alpha, x, incx, beta, y, incy, [=](idx j) {
         const T* col = a + j * lda;
@@ -48,8 +46,8 @@ void hemv(char uplo, int n, T alpha, const T* a, int lda, const T* x, int incx, 
 
 // Band storage: column j's diagonal sits in row k (upper) or row 0 (lower) of the band array.
 template <class T>
-void hbmv(char uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int incx, T beta,
-          T* y, int incy) {
+void hbmv(char uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
+          int incy) {
     const bool upper = uplo == 'U';
     hermitian_product(n, alpha, x, incx, beta, y, incy, [=](idx j) {
         const T* col = a + j * lda;
@@ -64,8 +62,7 @@ void hbmv(char uplo, int n, int k, T alpha, const T* a, int lda, const T* x, int
 
 // Packed storage: column j starts at j(j+1)/2 (upper) or j(2n-j+1)/2 (lower).
 template <class T>
-void hpmv(char uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta, T* y,
-          int incy) {
+void hpmv(char uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta, T* y, int incy) {
     const bool upper = uplo == 'U';
     hermitian_product(n, alpha, x, incx, beta, y, incy, [=](idx j) {
         if (upper) {
@@ -77,9 +74,9 @@ void hpmv(char uplo, int n, T alpha, const T* ap, const T* x, int incx, T beta, 
     });
 }
 
-#define QNUM_KERN_SYMV(T)                                                                      \
-    template void hemv<T>(char, int, T, const T*, int, const T*, int, T, T*, int);            \
-    template void hbmv<T>(char, int, int, T, const T*, int, const T*, int, T, T*, int);       \
+#define QNUM_KERN_SYMV(T)                                                               \
+    template void hemv<T>(char, int, T, const T*, int, const T*, int, T, T*, int);      \
+    template void hbmv<T>(char, int, int, T, const T*, int, const T*, int, T, T*, int); \
     template void hpmv<T>(char, int, T, const T*, const T*, int, T, T*, int);
 QNUM_KERN_SYMV(float)
 QNUM_KERN_SYMV(double)

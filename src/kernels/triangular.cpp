@@ -20,8 +20,7 @@ struct Col {
 // The order of the columns is the one in which each x(j) is still unchanged (product) or
 // already final (solve) when column j needs it.
 template <class T, class Column>
-void triangular(bool upper, char trans, bool unit, bool solve, int n, T* x, int incx,
-                Column column) {
+void triangular(bool upper, char trans, bool unit, bool solve, int n, T* x, int incx, Column column) {
     if (n <= 0) return;
     T* xp = x + first(n, incx);
     const bool c = trans == 'C';
@@ -128,12 +127,12 @@ void tpsv(char uplo, char trans, char diag, int n, const T* ap, T* x, int incx) 
     triangular(upper, trans, diag == 'U', true, n, x, incx, packed_column(upper, n, ap));
 }
 
-#define QNUM_KERN_TRIANGULAR(T)                                                   \
-    template void trmv<T>(char, char, char, int, const T*, int, T*, int);         \
-    template void tbmv<T>(char, char, char, int, int, const T*, int, T*, int);    \
-    template void tpmv<T>(char, char, char, int, const T*, T*, int);              \
-    template void trsv<T>(char, char, char, int, const T*, int, T*, int);         \
-    template void tbsv<T>(char, char, char, int, int, const T*, int, T*, int);    \
+#define QNUM_KERN_TRIANGULAR(T)                                                \
+    template void trmv<T>(char, char, char, int, const T*, int, T*, int);      \
+    template void tbmv<T>(char, char, char, int, int, const T*, int, T*, int); \
+    template void tpmv<T>(char, char, char, int, const T*, T*, int);           \
+    template void trsv<T>(char, char, char, int, const T*, int, T*, int);      \
+    template void tbsv<T>(char, char, char, int, int, const T*, int, T*, int); \
     template void tpsv<T>(char, char, char, int, const T*, T*, int);
 QNUM_KERN_TRIANGULAR(float)
 QNUM_KERN_TRIANGULAR(double)

@@ -8,18 +8,18 @@ namespace qnum::kern::tuned {
 template <>
 const Ops<float>* ops<float>() {
     switch (cpu::active()) {
-    case cpu::Path::Avx512: return &avx512::ops_float;
-    case cpu::Path::Avx2: return &avx2::ops_float;
-    default: return nullptr;
+        case cpu::Path::Avx512: return &avx512::ops_float;
+        case cpu::Path::Avx2: return &avx2::ops_float;
+        default: return nullptr;
     }
 }
 
 template <>
 const Ops<double>* ops<double>() {
     switch (cpu::active()) {
-    case cpu::Path::Avx512: return &avx512::ops_double;
-    case cpu::Path::Avx2: return &avx2::ops_double;
-    default: return nullptr;
+        case cpu::Path::Avx512: return &avx512::ops_double;
+        case cpu::Path::Avx2: return &avx2::ops_double;
+        default: return nullptr;
     }
 }
 

@@ -4,7 +4,6 @@
 namespace qnum::kern::tuned::avx512 {
 
 const Ops<float> ops_float = {dot<float>, axpy<float>, sumsq<float>, gemv_n<float>, gemv_t<float>};
-const Ops<double> ops_double = {dot<double>, axpy<double>, sumsq<double>, gemv_n<double>,
-                                gemv_t<double>};
+const Ops<double> ops_double = {dot<double>, axpy<double>, sumsq<double>, gemv_n<double>, gemv_t<double>};
 
 }  // namespace qnum::kern::tuned::avx512

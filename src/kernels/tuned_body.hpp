@@ -6,8 +6,9 @@
 // array exactly once: several independent accumulators hide the latency of the fused
 // multiply-add, and the matrix-vector products keep their short vector in the first-level
 // cache while the matrix streams past it.
-#include <cmath>
 #include <immintrin.h>
+
+#include <cmath>
 
 // GCC 12 reports the deliberately undefined registers inside its own AVX-512 reduction
 // intrinsics as uninitialized; the warnings are about the compiler's header, not this code.

@@ -110,7 +110,8 @@ T with_stray_imaginary(T v) {
 // Scalars that exercise the special cases of the products: zero, one, and general values.
 template <class T>
 std::vector<std::pair<T, T>> alpha_beta() {
-    return {{T(0.75f), T(-0.5f)}, {T(0), T(1)}, {T(0), T(0.5f)}, {T(1.5f), T(0)}, {T(-1), T(1)}, {T(0), T(0)}};
+    return {{T(0.75f), T(-0.5f)}, {T(0), T(1)},  {T(0), T(0.5f)},
+            {T(1.5f), T(0)},      {T(-1), T(1)}, {T(0), T(0)}};
 }
 
 }  // namespace qnum::test

@@ -38,7 +38,8 @@ TYPED_TEST(Gemv, GeneralProductMatchesTheReference) {
             for (int n : sizes)
                 for (char trans : {'N', 'T', 'C'})
                     for (int pad : {0, 3}) {
-                        SCOPED_TRACE(::testing::Message() << trans << " m " << m << " n " << n << " pad " << pad);
+                        SCOPED_TRACE(::testing::Message()
+                                     << trans << " m " << m << " n " << n << " pad " << pad);
                         const int lda = std::max(1, m + pad);
                         Mat<T> a(m, n, lda, rng);
                         Dense<T> d(m, n);
@@ -87,7 +88,8 @@ TYPED_TEST(Gemv, BandProductMatchesTheReference) {
                     for (int ku : {0, 2, 5}) {
                         if (kl > m - 1 || ku > n - 1) continue;
                         for (char trans : {'N', 'T', 'C'}) {
-                            SCOPED_TRACE(::testing::Message() << trans << " m " << m << " n " << n << " kl " << kl << " ku " << ku);
+                            SCOPED_TRACE(::testing::Message() << trans << " m " << m << " n " << n << " kl "
+                                                              << kl << " ku " << ku);
                             const int lda = kl + ku + 1 + (m & 1);
                             Mat<T> band(lda, n, lda, rng);
                             Dense<T> d(m, n);
@@ -102,7 +104,8 @@ TYPED_TEST(Gemv, BandProductMatchesTheReference) {
                                 }
                             for (auto [alpha, beta] : alpha_beta<T>())
                                 check_product(d, trans, -1, 2, alpha, beta, rng, [&](const T* x, T* y) {
-                                    kern::gbmv(trans, m, n, kl, ku, alpha, band.data(), lda, x, -1, beta, y, 2);
+                                    kern::gbmv(trans, m, n, kl, ku, alpha, band.data(), lda, x, -1, beta, y,
+                                               2);
                                 });
                         }
                     }

@@ -115,7 +115,8 @@ TEST(Helpers, ComplexAddConstant) {
 // narrowed in place and one copied between separate arrays.
 TEST(Helpers, WholeMatrixCopies) {
     for (int n : {1, 2, 5})
-        for (auto [lda, ldb] : {std::pair{n, n}, std::pair{n, n + 3}, std::pair{n + 2, n}, std::pair{n + 1, n + 1}}) {
+        for (auto [lda, ldb] :
+             {std::pair{n, n}, std::pair{n, n + 3}, std::pair{n + 2, n}, std::pair{n + 1, n + 1}}) {
             SCOPED_TRACE(::testing::Message() << "n " << n << " lda " << lda << " ldb " << ldb);
             auto value = [](int i, int j) { return Z(i + 10 * j, -j); };
             std::vector<Z> store(static_cast<std::size_t>(std::max(lda, ldb)) * n, Z(-5, -5));
@@ -132,7 +133,8 @@ TEST(Helpers, WholeMatrixCopies) {
                 }
             std::vector<C> cs(static_cast<std::size_t>(ldb) * n, C(-5, -5));
             std::vector<C> ca(static_cast<std::size_t>(lda) * n, C(1, 2));
-            qnum_ccgcg(&n, reinterpret_cast<qnum_f_complex*>(ca.data()), &lda, reinterpret_cast<qnum_f_complex*>(cs.data()), &ldb);
+            qnum_ccgcg(&n, reinterpret_cast<qnum_f_complex*>(ca.data()), &lda,
+                       reinterpret_cast<qnum_f_complex*>(cs.data()), &ldb);
             EXPECT_EQ(C(1, 2), cs[static_cast<std::size_t>(n - 1) * ldb + n - 1]);
         }
 }
@@ -141,7 +143,8 @@ TEST(Helpers, WholeMatrixCopies) {
 // their places, b's extra diagonals become zero, rows past b's band are left alone.
 TEST(Helpers, BandMatrixCopies) {
     const int n = 6;
-    for (auto [nla, nua, nlb, nub] : {std::array{1, 1, 1, 1}, std::array{1, 2, 3, 2}, std::array{0, 1, 2, 4}, std::array{2, 0, 2, 3}}) {
+    for (auto [nla, nua, nlb, nub] :
+         {std::array{1, 1, 1, 1}, std::array{1, 2, 3, 2}, std::array{0, 1, 2, 4}, std::array{2, 0, 2, 3}}) {
         const int lda = nla + nua + 1, ldb = nlb + nub + 2;
         SCOPED_TRACE(::testing::Message() << nla << nua << nlb << nub);
         auto value = [](int r, int j) { return Z(r + 1, j + 1); };  // band row r of column j
@@ -150,13 +153,16 @@ TEST(Helpers, BandMatrixCopies) {
             for (int r = 0; r < lda; ++r) store[j * lda + r] = value(r, j);
         std::vector<Z> separate(static_cast<std::size_t>(ldb) * n, Z(-5, -5));
         auto* a = reinterpret_cast<qnum_d_complex*>(store.data());
-        qnum_dccbcb(&n, a, &lda, &nla, &nua, reinterpret_cast<qnum_d_complex*>(separate.data()), &ldb, &nlb, &nub);
+        qnum_dccbcb(&n, a, &lda, &nla, &nua, reinterpret_cast<qnum_d_complex*>(separate.data()), &ldb, &nlb,
+                    &nub);
         qnum_dccbcb(&n, a, &lda, &nla, &nua, a, &ldb, &nlb, &nub);
         for (const auto* b : {&store, &separate})
             for (int j = 0; j < n; ++j)
                 for (int r = 0; r < ldb; ++r) {
                     const int ra = r - (nub - nua);
-                    const Z want = r == ldb - 1 ? (*b)[j * ldb + r] : ra >= 0 && ra < lda ? value(ra, j) : Z(0);
+                    const Z want = r == ldb - 1          ? (*b)[j * ldb + r]
+                                   : ra >= 0 && ra < lda ? value(ra, j)
+                                                         : Z(0);
                     EXPECT_EQ(want, (*b)[j * ldb + r]) << "row " << r << " column " << j;
                 }
         EXPECT_EQ(Z(-5, -5), separate[ldb - 1]);

@@ -89,7 +89,9 @@ struct Vec {
         for (int i = 0; i < n; ++i) at(i) = rng.next<T>();
     }
     // element i (0-based) in the walk that the increment describes
-    T& at(int i) { return v[inc >= 0 ? static_cast<std::size_t>(i) * inc : static_cast<std::size_t>(n - 1 - i) * -inc]; }
+    T& at(int i) {
+        return v[inc >= 0 ? static_cast<std::size_t>(i) * inc : static_cast<std::size_t>(n - 1 - i) * -inc];
+    }
     T* data() { return v.empty() ? nullptr : v.data(); }
     std::vector<T> values() {
         std::vector<T> out(n);
@@ -133,8 +135,8 @@ template <class T>
     const long double err = std::abs(widen(got) - want);
     if (err <= tol || (std::isnan(std::abs(want)) && std::isnan(std::abs(widen(got)))))
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "error " << static_cast<double>(err) << " > tolerance "
-                                         << static_cast<double>(tol);
+    return ::testing::AssertionFailure()
+           << "error " << static_cast<double>(err) << " > tolerance " << static_cast<double>(tol);
 }
 
 // Runs fn once for every kernel path this machine has (portable, AVX2, AVX-512), forcing it,
@@ -152,7 +154,8 @@ inline void for_each_path(const std::function<void()>& fn) {
 // Lengths that hit the unrolling and blocking edges of every path: the tuned loops take 4
 // vectors of 4 to 16 elements at a time, the portable ones 2 or 4 elements.
 inline const std::vector<int>& lengths() {
-    static const std::vector<int> v = {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 127, 129, 300};
+    static const std::vector<int> v = {0,  1,  2,  3,  4,  5,  7,  8,   9,   15, 16,
+                                       17, 31, 32, 33, 63, 64, 65, 127, 129, 300};
     return v;
 }
 inline const std::vector<int>& increments() {

@@ -1,8 +1,9 @@
 // Vector kernels against plain long double loops, over lengths, increments and tuned paths.
+#include "kernels/level1.hpp"
+
 #include <limits>
 
 #include "kernel_util.hpp"
-#include "kernels/level1.hpp"
 
 namespace qnum::test {
 namespace {
@@ -45,7 +46,8 @@ TYPED_TEST(Level1, DotProductsMatchTheExactSum) {
                 want += xi * widen(y.at(i));
                 size += mag(x.at(i)) * mag(y.at(i));
             }
-            T got = conj_x ? kern::dotc(n, x.data(), incx, y.data(), incy) : kern::dot(n, x.data(), incx, y.data(), incy);
+            T got = conj_x ? kern::dotc(n, x.data(), incx, y.data(), incy)
+                           : kern::dot(n, x.data(), incx, y.data(), incy);
             EXPECT_TRUE(near(got, want, 2 * (n + 1) * eps<T>() * size));
         }
     });
@@ -73,7 +75,8 @@ TYPED_TEST(Level1, UpdatesTouchOnlyTheirElements) {
         kern::scal(n, a, r.data(), incy);
         for (int i = 0; i < n; ++i) EXPECT_TRUE(near(r.at(i), widen(a) * widen(x0[i]), 2 * eps<T>()));
         kern::rscal(n, c, r.data(), incy);
-        for (int i = 0; i < n; ++i) EXPECT_TRUE(near(r.at(i), widen(a) * widen(x0[i]) * (long double)c, 4 * eps<T>()));
+        for (int i = 0; i < n; ++i)
+            EXPECT_TRUE(near(r.at(i), widen(a) * widen(x0[i]) * (long double)c, 4 * eps<T>()));
 
         Vec<T> u(n, incx, rng), v(n, incy, rng);
         const auto u0 = u.values(), v0 = v.values();
@@ -81,8 +84,10 @@ TYPED_TEST(Level1, UpdatesTouchOnlyTheirElements) {
         for (int i = 0; i < n; ++i) EXPECT_TRUE(Vec<T>::same(u.at(i), v0[i]) && Vec<T>::same(v.at(i), u0[i]));
         kern::rot(n, u.data(), incx, v.data(), incy, c, s);
         for (int i = 0; i < n; ++i) {
-            EXPECT_TRUE(near(u.at(i), (long double)c * widen(v0[i]) + (long double)s * widen(u0[i]), 4 * eps<T>()));
-            EXPECT_TRUE(near(v.at(i), (long double)c * widen(u0[i]) - (long double)s * widen(v0[i]), 4 * eps<T>()));
+            EXPECT_TRUE(
+                near(u.at(i), (long double)c * widen(v0[i]) + (long double)s * widen(u0[i]), 4 * eps<T>()));
+            EXPECT_TRUE(
+                near(v.at(i), (long double)c * widen(u0[i]) - (long double)s * widen(v0[i]), 4 * eps<T>()));
         }
         EXPECT_TRUE(u.gaps_intact() && v.gaps_intact());
     });
@@ -208,8 +213,8 @@ void unpack(const T* p, T h[2][2]) {
 TYPED_TEST(Level1Real, ModifiedRotations) {
     using T = TypeParam;
     const T tol = 64 * std::numeric_limits<T>::epsilon();
-    const T cases[][4] = {{1, 1, 3, 4},     {2, 0.5, 1, 7},       {1, 1, 5, 0.1},   {3e-9f, 2, 1, 1},
-                          {1, 3e8f, 2, 1},  {4, 9, 1e-4f, 1e3f},  {1, -1, 1, 3},    {0.5, 0.25, 8, -2}};
+    const T cases[][4] = {{1, 1, 3, 4},    {2, 0.5, 1, 7},      {1, 1, 5, 0.1}, {3e-9f, 2, 1, 1},
+                          {1, 3e8f, 2, 1}, {4, 9, 1e-4f, 1e3f}, {1, -1, 1, 3},  {0.5, 0.25, 8, -2}};
     for (auto& c : cases) {
         T d1 = c[0], d2 = c[1], x1 = c[2];
         const T y1 = c[3];
@@ -219,7 +224,8 @@ TYPED_TEST(Level1Real, ModifiedRotations) {
         unpack(p, h);
         const T hx = h[0][0] * c[2] + h[0][1] * y1, hy = h[1][0] * c[2] + h[1][1] * y1;
         if (p[0] == -1 && d1 == 0 && d2 == 0) continue;  // the degenerate case zeroes everything
-        EXPECT_LE(std::fabs(hy), tol * (std::fabs(hx) + 1)) << c[0] << " " << c[1] << " " << c[2] << " " << c[3];
+        EXPECT_LE(std::fabs(hy), tol * (std::fabs(hx) + 1))
+            << c[0] << " " << c[1] << " " << c[2] << " " << c[3];
         const T norm = std::sqrt(c[0] * c[2] * c[2] + c[1] * y1 * y1);
         EXPECT_NEAR(std::sqrt(d1) * std::fabs(x1), norm, tol * norm);
         EXPECT_NEAR(hx, x1, tol * std::fabs(x1));

@@ -33,7 +33,8 @@ TYPED_TEST(Rank, GeneralUpdates) {
                                 const Wide<T> yj = conj_y ? conj_w<T>(widen(y.at(j))) : widen(y.at(j));
                                 const Wide<T> add = widen(alpha) * widen(x.at(i)) * yj;
                                 const T old = a0[static_cast<std::size_t>(j) * lda + i];
-                                EXPECT_TRUE(near(a.at(i, j), widen(old) + add, 4 * eps<T>() * (mag(old) + std::abs(add))));
+                                EXPECT_TRUE(near(a.at(i, j), widen(old) + add,
+                                                 4 * eps<T>() * (mag(old) + std::abs(add))));
                             }
                     }
     });
@@ -48,7 +49,8 @@ TYPED_TEST(Rank, HermitianUpdates) {
             for (bool upper : {true, false})
                 for (bool two : {false, true})
                     for (T alpha : {T(0.75f), T(0)}) {
-                        SCOPED_TRACE(::testing::Message() << (upper ? 'U' : 'L') << " n " << n << " rank " << (two ? 2 : 1));
+                        SCOPED_TRACE(::testing::Message()
+                                     << (upper ? 'U' : 'L') << " n " << n << " rank " << (two ? 2 : 1));
                         const char uplo = upper ? 'U' : 'L';
                         T al = alpha;  // the rank-2 form takes a complex alpha
                         if constexpr (is_complex_v<T>) {
@@ -83,8 +85,10 @@ TYPED_TEST(Rank, HermitianUpdates) {
                                     EXPECT_TRUE(Vec<T>::same(a.at(i, j), old)) << i << "," << j;
                                     continue;
                                 }
-                                Wide<T> add = widen(al) * widen(x.at(i)) * conj_w<T>(widen(two ? y.at(j) : x.at(j)));
-                                if (two) add += conj_w<T>(widen(al)) * widen(y.at(i)) * conj_w<T>(widen(x.at(j)));
+                                Wide<T> add =
+                                    widen(al) * widen(x.at(i)) * conj_w<T>(widen(two ? y.at(j) : x.at(j)));
+                                if (two)
+                                    add += conj_w<T>(widen(al)) * widen(y.at(i)) * conj_w<T>(widen(x.at(j)));
                                 Wide<T> want = widen(old) + add;
                                 if (i == j) want = Wide<T>(std::real(want));
                                 const long double tol = 6 * eps<T>() * (mag(old) + std::abs(add));

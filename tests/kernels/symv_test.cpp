@@ -30,7 +30,8 @@ struct Stored {
             full.at(j, j) = with_stray_imaginary(h.at(j, j));
             for (int r = 0; r < k + 1; ++r) {
                 const int i = upper ? j - k + r : j + r;
-                band.at(r, j) = i >= 0 && i < n ? (i == j ? with_stray_imaginary(h.at(i, j)) : h.at(i, j)) : sentinel<T>();
+                band.at(r, j) = i >= 0 && i < n ? (i == j ? with_stray_imaginary(h.at(i, j)) : h.at(i, j))
+                                                : sentinel<T>();
             }
         }
     }
@@ -52,15 +53,23 @@ TYPED_TEST(Symv, ProductsMatchTheReference) {
                     for (auto [alpha, beta] : alpha_beta<T>()) {
                         const int incx = c & 1 ? -1 : 2, incy = c % 3 ? 1 : -3;
                         ++c;
-                        SCOPED_TRACE(::testing::Message() << uplo << " n " << n << " k " << kk << " case " << c);
+                        SCOPED_TRACE(::testing::Message()
+                                     << uplo << " n " << n << " k " << kk << " case " << c);
                         Vec<T> x(n, incx, rng), y(n, incy, rng);
                         if (beta == T(0) && n > 0) y.at(0) = T(std::numeric_limits<Real<T>>::quiet_NaN());
-                        const auto e = product(h.d, 'N', alpha, x.values(), beta, beta == T(0) ? std::vector<T>(n) : y.values());
+                        const auto e = product(h.d, 'N', alpha, x.values(), beta,
+                                               beta == T(0) ? std::vector<T>(n) : y.values());
                         for (int layout = 0; layout < 3; ++layout) {
                             Vec<T> yy = y;
-                            if (layout == 0) kern::hemv(uplo, n, alpha, s.full.data(), lda, x.data(), incx, beta, yy.data(), incy);
-                            if (layout == 1) kern::hbmv(uplo, n, kk, alpha, s.band.data(), kk + 2, x.data(), incx, beta, yy.data(), incy);
-                            if (layout == 2) kern::hpmv(uplo, n, alpha, s.packed.data(), x.data(), incx, beta, yy.data(), incy);
+                            if (layout == 0)
+                                kern::hemv(uplo, n, alpha, s.full.data(), lda, x.data(), incx, beta,
+                                           yy.data(), incy);
+                            if (layout == 1)
+                                kern::hbmv(uplo, n, kk, alpha, s.band.data(), kk + 2, x.data(), incx, beta,
+                                           yy.data(), incy);
+                            if (layout == 2)
+                                kern::hpmv(uplo, n, alpha, s.packed.data(), x.data(), incx, beta, yy.data(),
+                                           incy);
                             if ((alpha == T(0) && beta == T(1)) || n == 0) {
                                 EXPECT_TRUE(same_bits(y.v, yy.v));
                             } else {

@@ -21,7 +21,13 @@ struct Tri {
     Mat<T> full, band;
     std::vector<T> packed;
     Tri(int n_, int k_, bool upper_, bool unit_, Rng& rng)
-        : n(n_), k(k_), upper(upper_), unit(unit_), d(n_, n_), full(n_, n_, n_ + 2, rng), band(k_ + 1, n_, k_ + 3, rng) {
+        : n(n_),
+          k(k_),
+          upper(upper_),
+          unit(unit_),
+          d(n_, n_),
+          full(n_, n_, n_ + 2, rng),
+          band(k_ + 1, n_, k_ + 3, rng) {
         for (int j = 0; j < n; ++j)
             for (int i = 0; i < n; ++i) {
                 const bool stored = upper ? i <= j && j - i <= k : i >= j && i - j <= k;
@@ -66,10 +72,12 @@ TYPED_TEST(Triangular, ProductsAndSolves) {
                         Tri<T> t(n, kk, upper, unit, rng);
                         for (char trans : {'N', 'T', 'C'})
                             for (int layout = 0; layout < 3; ++layout) {
-                                if (layout != 1 && kk < n - 1) continue;  // full and packed hold the whole triangle
+                                if (layout != 1 && kk < n - 1)
+                                    continue;  // full and packed hold the whole triangle
                                 const int incx = layout == 1 ? -2 : (n & 1) ? 1 : 3;
-                                SCOPED_TRACE(::testing::Message() << (upper ? 'U' : 'L') << trans << (unit ? 'U' : 'N')
-                                                                  << " n " << n << " k " << kk << " layout " << layout);
+                                SCOPED_TRACE(::testing::Message()
+                                             << (upper ? 'U' : 'L') << trans << (unit ? 'U' : 'N') << " n "
+                                             << n << " k " << kk << " layout " << layout);
                                 Vec<T> x(n, incx, rng);
                                 const auto x0 = x.values();
                                 t.run(layout, false, trans, x.data(), incx);
@@ -81,7 +89,8 @@ TYPED_TEST(Triangular, ProductsAndSolves) {
                                 EXPECT_TRUE(z.gaps_intact());
                                 const auto r = product(t.d, trans, T(1), z.values(), T(0), std::vector<T>(n));
                                 for (int i = 0; i < n; ++i)
-                                    EXPECT_TRUE(near(b[i], r.value[i], 4 * (n + 4) * eps<T>() * r.size[i])) << "row " << i;
+                                    EXPECT_TRUE(near(b[i], r.value[i], 4 * (n + 4) * eps<T>() * r.size[i]))
+                                        << "row " << i;
                             }
                     }
     });
