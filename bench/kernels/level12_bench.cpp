@@ -135,7 +135,7 @@ private:
 int main(int argc, char** argv) {
 #ifdef QNUM_HAVE_OPENBLAS
     openblas_set_num_threads(1);
-    std::printf("OpenBLAS %s, core %s\n", openblas_get_config(), openblas_get_corename());
+    std::printf("%s, core %s\n", openblas_get_config(), openblas_get_corename());
 #endif
     qnum_skip_signal_handler();
     std::vector<Lib> libs = {Lib::Qnum};
