@@ -109,8 +109,9 @@ void update_triangle(const Update<T>& u, Index r0, int nb) {
         const Index lo = u.uplo == 'L' ? j : 0, hi = u.uplo == 'L' ? nb : j + 1;
         T* cj = c + j * u.ldc;
         const T* tj = u.tile + j * nb;
+        const T diag = cj[j];
         for (Index i = lo; i < hi; ++i) cj[i] = u.beta == T(0) ? tj[i] : tj[i] + u.beta * cj[i];
-        if (u.herm) cj[j] = std::real(u.beta == T(0) ? tj[j] : tj[j] + u.beta * std::real(cj[j]));
+        if (u.herm) cj[j] = std::real(u.beta == T(0) ? tj[j] : tj[j] + u.beta * std::real(diag));
     }
 }
 
@@ -120,8 +121,9 @@ void scale_triangle(char uplo, bool herm, int n, T beta, T* c, int ldc) {
     for (Index j = 0; j < n; ++j) {
         const Index lo = uplo == 'L' ? j : 0, hi = uplo == 'L' ? n : j + 1;
         T* cj = c + j * ldc;
+        const T diag = cj[j];
         for (Index i = lo; i < hi; ++i) cj[i] = beta == T(0) ? T(0) : beta * cj[i];
-        if (herm) cj[j] = beta == T(0) ? T(0) : beta * std::real(cj[j]);
+        if (herm) cj[j] = beta == T(0) ? T(0) : beta * std::real(diag);
     }
 }
 
