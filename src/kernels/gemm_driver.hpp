@@ -57,6 +57,12 @@ void micro_real(Index kc, const typename V::R* a, const typename V::R* b, typena
     for (int j = 0; j < NR; ++j)
 #pragma GCC unroll 8
         for (int v = 0; v < MV; ++v) acc[v][j] = V::zero();
+    // C is needed only after the loop: ask for it now, so that the loads at the end hit.
+#pragma GCC unroll 32
+    for (int j = 0; j < NR; ++j) {
+        __builtin_prefetch(c + j * ldc, 1);
+        __builtin_prefetch(c + j * ldc + MV * W - 1, 1);
+    }
     for (Index p = 0; p < kc; ++p) {
         reg av[MV];
 #pragma GCC unroll 8
@@ -114,6 +120,11 @@ void micro_complex(Index kc, const typename V::R* a, const typename V::R* b, typ
     for (int j = 0; j < NR; ++j)
 #pragma GCC unroll 8
         for (int v = 0; v < MV; ++v) re[v][j] = im[v][j] = V::zero();
+#pragma GCC unroll 32
+    for (int j = 0; j < NR; ++j) {
+        __builtin_prefetch(c + 2 * j * ldc, 1);
+        __builtin_prefetch(c + 2 * j * ldc + MV * W - 1, 1);
+    }
     for (Index p = 0; p < kc; ++p) {
         reg av[MV];
 #pragma GCC unroll 8
