@@ -1,6 +1,6 @@
 // The blocked product written once for every instruction set: packing, macro-kernel and the
 // register-blocked micro-kernels, over a small table of vector operations that each
-// instruction-set file supplies.
+// instruction-set file supplies; and the small triangular solve at the bottom of trsm.
 //
 // The scheme is the one of K. Goto and R. van de Geijn, "Anatomy of high-performance matrix
 // multiplication", ACM TOMS 34(3), 2008: B is packed kc by nc (L3), A mc by kc (L2), both in
@@ -282,6 +282,70 @@ void pack_b(const Operand<T>& B, Index p0, Index j0, Index kc, Index nc, typenam
     }
 }
 
+// ---- trsm's left-side leaf ----
+//
+// A leaf solves at most 32 rows for all n columns of B. Substitution down one column is a
+// chain of short, dependent steps; across columns the steps are independent, so columns are
+// taken 64 bytes' worth at a time and laid out row by row, and every step of the substitution
+// becomes one vector operation across them (the compiler vectorizes the loops over c).
+// Complex numbers are split into real and imaginary rows for the same reason.
+
+// Solves op(A) X = alpha B for the m by m triangle t (column-major, leading dimension ldt,
+// diagonal already inverted, zeros outside the triangle), m <= 32, overwriting the m by n B.
+template <class T>
+void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T* alpha_, T* b_,
+                     Index ldb) {
+    using R = typename Elem<T>::R;
+    constexpr int CW = Elem<T>::cw;
+    constexpr int CB = 64 / sizeof(R);  // columns per block
+    const R* t = reinterpret_cast<const R*>(t_);
+    const R* alpha = reinterpret_cast<const R*>(alpha_);
+    R* b = reinterpret_cast<R*>(b_);
+    alignas(64) R xr[32][CB], xi[CW == 2 ? 32 : 1][CB];
+    for (Index j0 = 0; j0 < n; j0 += CB) {
+        const int cols = static_cast<int>(lesser(CB, n - j0));
+        for (int i = 0; i < m; ++i)
+            for (int c = 0; c < CB; ++c) {
+                const R* s = b + (i + (j0 + c) * ldb) * CW;
+                if constexpr (CW == 1) {
+                    xr[i][c] = c < cols ? alpha[0] * s[0] : 0;
+                } else {
+                    xr[i][c] = c < cols ? alpha[0] * s[0] - alpha[1] * s[1] : 0;
+                    xi[i][c] = c < cols ? alpha[0] * s[1] + alpha[1] * s[0] : 0;
+                }
+            }
+        for (int step = 0; step < m; ++step) {
+            const int k = lower ? step : m - 1 - step;
+            const R* tk = t + k * ldt * CW;
+            const int lo = lower ? k + 1 : 0, hi = lower ? m : k;
+            if constexpr (CW == 1) {
+                for (int c = 0; c < CB; ++c) xr[k][c] *= tk[k];
+                for (int i = lo; i < hi; ++i)
+                    for (int c = 0; c < CB; ++c) xr[i][c] -= tk[i] * xr[k][c];
+            } else {
+                const R dr = tk[2 * k], di = tk[2 * k + 1];
+                for (int c = 0; c < CB; ++c) {
+                    const R r = xr[k][c] * dr - xi[k][c] * di, im = xr[k][c] * di + xi[k][c] * dr;
+                    xr[k][c] = r, xi[k][c] = im;
+                }
+                for (int i = lo; i < hi; ++i) {
+                    const R ar = tk[2 * i], ai = tk[2 * i + 1];
+                    for (int c = 0; c < CB; ++c) {
+                        xr[i][c] -= ar * xr[k][c] - ai * xi[k][c];
+                        xi[i][c] -= ar * xi[k][c] + ai * xr[k][c];
+                    }
+                }
+            }
+        }
+        for (int c = 0; c < cols; ++c)
+            for (int i = 0; i < m; ++i) {
+                R* d = b + (i + (j0 + c) * ldb) * CW;
+                d[0] = xr[i][c];
+                if constexpr (CW == 2) d[1] = xi[i][c];
+            }
+    }
+}
+
 // ---- the driver ----
 
 // K: the kernel of one instruction set and type: T, MR, NR, MC, KC, NC and
@@ -365,7 +429,9 @@ struct Kernel {
         else
             micro_complex<V, MV, NR>(kc, a, b, c, ldc, alpha, beta);
     }
-    static Engine<T> engine() { return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>}; }
+    static Engine<T> engine() {
+        return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>, &solve_left_leaf<T>};
+    }
 };
 
 }  // namespace

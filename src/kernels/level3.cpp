@@ -179,25 +179,10 @@ struct Tri {
     bool lower;  // op(A) is lower triangular
 };
 
-// B (m by n) = alpha op(A) B, op(A) the m by m block of the triangle that starts at (d, d).
+// The leaves of the recursions, kept out of the recursive functions so that their frames stay
+// small.
 template <class T>
-void trmm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
-    if (m > leaf) {
-        const int m1 = split(m), m2 = m - m1;
-        T* b2 = b + m1;
-        if (A.lower) {  // B2 = L21 B1 + L22 B2 needs B1 as it was: B2 first
-            trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
-            gemm(A.ta, 'N', m2, n, m1, alpha, op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b,
-                 ldb, T(1), b2, ldb);
-            trmm_left(A, d, m1, n, alpha, b, ldb);
-        } else {
-            trmm_left(A, d, m1, n, alpha, b, ldb);
-            gemm(A.ta, 'N', m1, n, m2, alpha, op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2,
-                 ldb, T(1), b, ldb);
-            trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
-        }
-        return;
-    }
+[[gnu::noinline]] void trmm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
     T t[leaf * leaf];
     const T* ad = A.a + d + d * A.lda;
     dense_triangle(A.uplo, A.ta, A.diag, m, ad, A.lda, false, t);
@@ -219,6 +204,82 @@ void trmm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
     }
 }
 
+template <class T>
+[[gnu::noinline]] void trmm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+    T t[leaf * leaf];
+    const T* ad = A.a + d + d * A.lda;
+    dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, false, t);
+    auto column = [&](Index j) {  // B(:, j) from the columns k with nonzero t(k, j)
+        T* bj = b + j * ldb;
+        const T s = alpha * t[j + j * leaf];
+        for (Index i = 0; i < m; ++i) bj[i] *= s;
+        const Index lo = A.lower ? j + 1 : 0, hi = A.lower ? n : j;
+        for (Index k = lo; k < hi; ++k) {
+            const T s2 = alpha * t[k + j * leaf];
+            const T* bk = b + k * ldb;
+            for (Index i = 0; i < m; ++i) bj[i] += s2 * bk[i];
+        }
+    };
+    if (A.lower)
+        for (Index j = 0; j < n; ++j) column(j);  // reads columns to the right, still unchanged
+    else
+        for (Index j = n - 1; j >= 0; --j) column(j);
+}
+
+// The substitution runs across columns, in the engine of the active instruction set.
+template <class T>
+[[gnu::noinline]] void trsm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+    T t[leaf * leaf];
+    dense_triangle(A.uplo, A.ta, A.diag, m, A.a + d + d * A.lda, A.lda, true, t);
+    gemm_impl::engine<T>().solve_left_leaf(t, leaf, A.lower, m, n, &alpha, b, ldb);
+}
+
+template <class T>
+[[gnu::noinline]] void trsm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+    T t[leaf * leaf];
+    const T* ad = A.a + d + d * A.lda;
+    dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, true, t);
+    auto column = [&](Index j) {  // X(:, j) from the solved columns k with nonzero t(k, j)
+        T* bj = b + j * ldb;
+        if (alpha != T(1))
+            for (Index i = 0; i < m; ++i) bj[i] *= alpha;
+        const Index lo = A.lower ? j + 1 : 0, hi = A.lower ? n : j;
+        for (Index k = lo; k < hi; ++k) {
+            const T s = t[k + j * leaf];
+            const T* bk = b + k * ldb;
+            for (Index i = 0; i < m; ++i) bj[i] -= s * bk[i];
+        }
+        const T r = t[j + j * leaf];
+        for (Index i = 0; i < m; ++i) bj[i] *= r;
+    };
+    if (A.lower)
+        for (Index j = n - 1; j >= 0; --j) column(j);
+    else
+        for (Index j = 0; j < n; ++j) column(j);
+}
+
+// B (m by n) = alpha op(A) B, op(A) the m by m block of the triangle that starts at (d, d).
+template <class T>
+void trmm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+    if (m > leaf) {
+        const int m1 = split(m), m2 = m - m1;
+        T* b2 = b + m1;
+        if (A.lower) {  // B2 = L21 B1 + L22 B2 needs B1 as it was: B2 first
+            trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
+            gemm(A.ta, 'N', m2, n, m1, alpha, op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b,
+                 ldb, T(1), b2, ldb);
+            trmm_left(A, d, m1, n, alpha, b, ldb);
+        } else {
+            trmm_left(A, d, m1, n, alpha, b, ldb);
+            gemm(A.ta, 'N', m1, n, m2, alpha, op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2,
+                 ldb, T(1), b, ldb);
+            trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
+        }
+        return;
+    }
+    trmm_left_leaf(A, d, m, n, alpha, b, ldb);
+}
+
 // B (m by n) = alpha B op(A), op(A) the n by n block of the triangle that starts at (d, d).
 template <class T>
 void trmm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
@@ -238,24 +299,7 @@ void trmm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         }
         return;
     }
-    T t[leaf * leaf];
-    const T* ad = A.a + d + d * A.lda;
-    dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, false, t);
-    auto column = [&](Index j) {  // B(:, j) from the columns k with nonzero t(k, j)
-        T* bj = b + j * ldb;
-        const T s = alpha * t[j + j * leaf];
-        for (Index i = 0; i < m; ++i) bj[i] *= s;
-        const Index lo = A.lower ? j + 1 : 0, hi = A.lower ? n : j;
-        for (Index k = lo; k < hi; ++k) {
-            const T s2 = alpha * t[k + j * leaf];
-            const T* bk = b + k * ldb;
-            for (Index i = 0; i < m; ++i) bj[i] += s2 * bk[i];
-        }
-    };
-    if (A.lower)
-        for (Index j = 0; j < n; ++j) column(j);  // reads columns to the right, still unchanged
-    else
-        for (Index j = n - 1; j >= 0; --j) column(j);
+    trmm_right_leaf(A, d, m, n, alpha, b, ldb);
 }
 
 // Solves op(A) X = alpha B (m by n) for the m by m diagonal block at (d, d); X overwrites B.
@@ -277,25 +321,7 @@ void trsm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
         }
         return;
     }
-    T t[leaf * leaf];
-    const T* ad = A.a + d + d * A.lda;
-    dense_triangle(A.uplo, A.ta, A.diag, m, ad, A.lda, true, t);
-    for (Index j = 0; j < n; ++j) {
-        T* bj = b + j * ldb;
-        if (alpha != T(1))
-            for (Index i = 0; i < m; ++i) bj[i] *= alpha;
-        if (A.lower) {
-            for (Index k = 0; k < m; ++k) {
-                const T x = bj[k] *= t[k + k * leaf];
-                for (Index i = k + 1; i < m; ++i) bj[i] -= x * t[i + k * leaf];
-            }
-        } else {
-            for (Index k = m - 1; k >= 0; --k) {
-                const T x = bj[k] *= t[k + k * leaf];
-                for (Index i = 0; i < k; ++i) bj[i] -= x * t[i + k * leaf];
-            }
-        }
-    }
+    trsm_left_leaf(A, d, m, n, alpha, b, ldb);
 }
 
 // Solves X op(A) = alpha B (m by n) for the n by n diagonal block at (d, d).
@@ -317,26 +343,7 @@ void trsm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         }
         return;
     }
-    T t[leaf * leaf];
-    const T* ad = A.a + d + d * A.lda;
-    dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, true, t);
-    auto column = [&](Index j) {  // X(:, j) from the solved columns k with nonzero t(k, j)
-        T* bj = b + j * ldb;
-        if (alpha != T(1))
-            for (Index i = 0; i < m; ++i) bj[i] *= alpha;
-        const Index lo = A.lower ? j + 1 : 0, hi = A.lower ? n : j;
-        for (Index k = lo; k < hi; ++k) {
-            const T s = t[k + j * leaf];
-            const T* bk = b + k * ldb;
-            for (Index i = 0; i < m; ++i) bj[i] -= s * bk[i];
-        }
-        const T r = t[j + j * leaf];
-        for (Index i = 0; i < m; ++i) bj[i] *= r;
-    };
-    if (A.lower)
-        for (Index j = n - 1; j >= 0; --j) column(j);
-    else
-        for (Index j = 0; j < n; ++j) column(j);
+    trsm_right_leaf(A, d, m, n, alpha, b, ldb);
 }
 
 }  // namespace

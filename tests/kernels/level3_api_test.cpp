@@ -84,7 +84,9 @@ TEST(Level3Errors, EachBadArgumentIsTerminalWithItsValuesAndWritesNothing) {
         EXPECT_EQ(last_type(), QNUM_TERMINAL);
         EXPECT_EQ(last_code(), ec.code);
         for (std::size_t i = 0; i < ec.ints.size(); ++i) EXPECT_EQ(int_slot(static_cast<int>(i) + 1), ec.ints[i]);
-        if (ec.str) EXPECT_EQ(string_slot(1), ec.str);
+        if (ec.str) {
+            EXPECT_EQ(string_slot(1), ec.str);
+        }
         EXPECT_EQ(std::memcmp(a.data(), a0.data(), 16 * sizeof(double)), 0);
         EXPECT_EQ(std::memcmp(b.data(), b0.data(), 16 * sizeof(double)), 0);
         EXPECT_EQ(std::memcmp(c.data(), c0.data(), 16 * sizeof(double)), 0);

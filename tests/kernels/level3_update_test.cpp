@@ -55,8 +55,9 @@ void check_update(Kind kind, const char* uplo, const char* trans, int n, int k, 
     }
     const bool lower = uplo[0] == 'L' || uplo[0] == 'l';
     ASSERT_TRUE(matches(c, before, e, [&](int i, int j) { return lower ? i >= j : i <= j; }));
-    if (herm)
+    if (herm) {
         for (int i = 0; i < n; ++i) ASSERT_EQ(std::imag(c(i, i)), 0) << "diagonal " << i;
+    }
 }
 
 template <class T>
