@@ -1,8 +1,8 @@
 // The matrix-product engine for AVX-512: 32 vector registers of 512 bits. Register blocks:
-// 24 by 8 for double (24 accumulators, three registers for the A sliver), 32 by 14 for float
-// (28 and two), 8 by 6 and 16 by 6 complex (24 and two); the elements of B are broadcast
-// straight from memory. The 24 by 8 double block measured faster here than 16 by 14: its B
-// sliver (kc by 8) leaves more of L1 to the A sliver streaming past it.
+// 24 by 8 for double and 48 by 8 for float (24 accumulators, three registers for the A
+// sliver), 8 by 6 and 16 by 6 complex (24 accumulators, two for A); the elements of B are
+// broadcast straight from memory. The tall blocks measured faster here than 16 by 14 and
+// 32 by 14: their B sliver (kc by 8) leaves more of L1 to the A sliver streaming past it.
 #include <immintrin.h>
 
 #include "kernels/gemm_driver.hpp"
@@ -44,7 +44,7 @@ struct VS {
 
 template <>
 Engine<float> engine_avx512<float>() {
-    return Kernel<float, VS, 2, 14, 288, 384, 4032>::engine();
+    return Kernel<float, VS, 3, 8, 288, 256, 4032>::engine();
 }
 template <>
 Engine<double> engine_avx512<double>() {
