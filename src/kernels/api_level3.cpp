@@ -5,11 +5,13 @@
 // Checks run in this order and stop at the first failure: the sizes (M, N, K), the options
 // (SIDE, UPLO, TRANS, DIAG), then the leading dimensions, which depend on the options. A
 // failure is a TERMINAL error raised under the kernel's own name, pushed for the occasion,
-// and nothing is written.
+// and nothing is written; so is a failure to allocate the packing workspace (201), which is
+// reserved before any output is touched. A call that succeeds pushes nothing.
 #include <cctype>
 #include <complex>
 
 #include "frame/frame.hpp"
+#include "kernels/gemm_engine.hpp"
 #include "kernels/level3.hpp"
 
 namespace qnum::kern {
@@ -65,7 +67,7 @@ void gemm_checked(const char* name, const char* transa, const char* transb, cons
     ck.leading(*lda, ta == 'N' ? *m : *k, err::lda_too_small);
     ck.leading(*ldb, tb == 'N' ? *k : *n, err::ldb_too_small);
     ck.leading(*ldc, *m, err::ldc_too_small);
-    if (ck.failed()) return;
+    if (ck.failed() || !gemm_impl::reserve<T>(name)) return;
     gemm(ta, tb, *m, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
 }
 
@@ -83,7 +85,7 @@ void symm_checked(const char* name, bool herm, const char* side, const char* upl
     ck.leading(*lda, sd == 'L' ? *m : *n, err::lda_too_small);
     ck.leading(*ldb, *m, err::ldb_too_small);
     ck.leading(*ldc, *m, err::ldc_too_small);
-    if (ck.failed()) return;
+    if (ck.failed() || !gemm_impl::reserve<T>(name)) return;
     if (herm)
         hemm(sd, ul, *m, *n, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
     else
@@ -116,7 +118,7 @@ void rank_k_checked(const char* name, bool herm, const char* uplo, const char* t
     const char ul = letter(uplo), tr = letter(trans);
     ck.leading(*lda, tr == 'N' ? *n : *k, err::lda_too_small);
     ck.leading(*ldc, *n, err::ldc_too_small);
-    if (ck.failed()) return;
+    if (ck.failed() || !gemm_impl::reserve<T>(name)) return;
     if constexpr (std::is_same_v<S, T>)
         syrk(ul, tr, *n, *k, *alpha, a, *lda, *beta, c, *ldc);
     else
@@ -138,7 +140,7 @@ void rank_2k_checked(const char* name, bool herm, const char* uplo, const char* 
     ck.leading(*lda, tr == 'N' ? *n : *k, err::lda_too_small);
     ck.leading(*ldb, tr == 'N' ? *n : *k, err::ldb_too_small);
     ck.leading(*ldc, *n, err::ldc_too_small);
-    if (ck.failed()) return;
+    if (ck.failed() || !gemm_impl::reserve<T>(name)) return;
     if constexpr (std::is_same_v<S, T>)
         syr2k(ul, tr, *n, *k, *alpha, a, *lda, b, *ldb, *beta, c, *ldc);
     else
@@ -161,7 +163,7 @@ void triangular_checked(const char* name, bool solve, const char* side, const ch
     const char sd = letter(side), ul = letter(uplo), ta = letter(transa), dg = letter(diag);
     ck.leading(*lda, sd == 'L' ? *m : *n, err::lda_too_small);
     ck.leading(*ldb, *m, err::ldb_too_small);
-    if (ck.failed()) return;
+    if (ck.failed() || !gemm_impl::reserve<T>(name)) return;
     if (solve)
         trsm(sd, ul, ta, dg, *m, *n, *alpha, a, *lda, b, *ldb);
     else

@@ -71,36 +71,51 @@ Engine<T> engine() {
 
 namespace {
 
-// This thread's workspace for engine e, with the two buffers it needs, or null (201 raised).
+// The layout of the workspace for engine e: A's buffer, B's, the scratch square.
 template <class T>
-T* workspace_for(const Engine<T>& e, T** b_pack) {
-    const std::size_t a_bytes = round_up(e.a_size() * sizeof(T));
-    const std::size_t bytes = a_bytes + round_up(e.b_size() * sizeof(T));
-    void* w = thread_workspace(bytes);
+struct Layout {
+    std::size_t b_offset, scratch_offset, bytes;
+    explicit Layout(const Engine<T>& e)
+        : b_offset(round_up(e.a_size() * sizeof(T))),
+          scratch_offset(b_offset + round_up(e.b_size() * sizeof(T))),
+          bytes(scratch_offset + round_up(sizeof(T) * scratch_side * scratch_side)) {}
+};
+
+// This thread's workspace laid out for e, or null with 201 raised (see reserve).
+template <class T>
+char* workspace_for(const Engine<T>& e, const char* name) {
+    const Layout<T> layout(e);
+    void* w = thread_workspace(layout.bytes);
     if (w == nullptr) {
-        frame::raise(frame::Type::Terminal, err::no_memory, frame::Str{"workspace"},
-                     frame::Int{static_cast<int>(bytes / sizeof(T))});
-        return nullptr;
+        const frame::Str what{"workspace"};
+        const frame::Int size{static_cast<int>(layout.bytes / sizeof(T))};
+        if (name != nullptr)
+            frame::raise_in(name, frame::Type::Terminal, err::no_memory, what, size);
+        else
+            frame::raise(frame::Type::Terminal, err::no_memory, what, size);
     }
-    *b_pack = reinterpret_cast<T*>(static_cast<char*>(w) + a_bytes);
-    return static_cast<T*>(w);
+    return static_cast<char*>(w);
 }
 
 }  // namespace
 
 template <class T>
-bool reserve() {
-    T* b_pack;
-    return workspace_for(engine<T>(), &b_pack) != nullptr;
+bool reserve(const char* name) {
+    return workspace_for(engine<T>(), name) != nullptr;
+}
+
+template <class T>
+T* scratch() {
+    const Engine<T> e = engine<T>();
+    return reinterpret_cast<T*>(workspace_for(e, nullptr) + Layout<T>(e).scratch_offset);
 }
 
 template <class T>
 bool run(const Problem<T>& p) {
     const Engine<T> e = engine<T>();
-    T* b_pack;
-    T* a_pack = workspace_for(e, &b_pack);
-    if (a_pack == nullptr) return false;
-    e.run(p, a_pack, b_pack);
+    char* w = workspace_for(e, nullptr);
+    if (w == nullptr) return false;
+    e.run(p, reinterpret_cast<T*>(w), reinterpret_cast<T*>(w + Layout<T>(e).b_offset));
     return true;
 }
 
@@ -108,10 +123,14 @@ template Engine<float> engine<float>();
 template Engine<double> engine<double>();
 template Engine<std::complex<float>> engine<std::complex<float>>();
 template Engine<std::complex<double>> engine<std::complex<double>>();
-template bool reserve<float>();
-template bool reserve<double>();
-template bool reserve<std::complex<float>>();
-template bool reserve<std::complex<double>>();
+template bool reserve<float>(const char*);
+template bool reserve<double>(const char*);
+template bool reserve<std::complex<float>>(const char*);
+template bool reserve<std::complex<double>>(const char*);
+template float* scratch<float>();
+template double* scratch<double>();
+template std::complex<float>* scratch<std::complex<float>>();
+template std::complex<double>* scratch<std::complex<double>>();
 template bool run<float>(const Problem<float>&);
 template bool run<double>(const Problem<double>&);
 template bool run<std::complex<float>>(const Problem<std::complex<float>>&);

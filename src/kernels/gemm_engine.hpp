@@ -85,14 +85,24 @@ Engine<std::complex<double>> engine_avx512<std::complex<double>>();
 template <class T>
 Engine<T> engine();
 
-// Makes sure this thread's packing workspace (kept between calls, freed at thread exit) can
-// hold the buffers of engine<T>(). Returns false, with TERMINAL 201 raised, when it cannot be
-// allocated. Kernels that run several products call it before they write anything, so that
-// a failure leaves their outputs untouched; after it succeeds, run() cannot fail.
-template <class T>
-bool reserve();
+// Every thread keeps one workspace between calls (freed at thread exit): the packing buffers
+// of engine<T>() and, after them, a scratch square of scratch_side by scratch_side elements
+// that kernels built on the product may use between products.
+inline constexpr int scratch_side = 32;
 
-// Runs a product on this thread's packing workspace; false, with 201 raised, as reserve().
+// Makes sure this thread's workspace is large enough. Returns false when it cannot be
+// allocated, with TERMINAL 201 raised: under a level named `name`, pushed for the occasion,
+// or at the current level when name is null. Kernels that run several products call it
+// before they write anything, so that a failure leaves their outputs untouched; after it
+// succeeds, run() cannot fail.
+template <class T>
+bool reserve(const char* name = nullptr);
+
+// The scratch square of this thread's workspace; valid after reserve<T>() succeeded.
+template <class T>
+T* scratch();
+
+// Runs a product on this thread's workspace; false, with 201 raised, as reserve().
 template <class T>
 bool run(const Problem<T>& p);
 

@@ -5,21 +5,20 @@
 // B. Kågström, "Recursive blocked algorithms and hybrid data structures for dense matrix
 // library software", SIAM Review 46(1), 2004): each level hands a rectangular block, which
 // holds most of the work, to the blocked product, and only blocks of at most `leaf` rows or
-// columns are done by plain loops. No workspace is needed beyond the product's own, except
-// one small square for the rank-k leaves.
+// columns are done by plain loops. No workspace is needed beyond the product's own.
 #include "kernels/level3.hpp"
 
-#include "frame/frame.hpp"
 #include "kernels/gemm_engine.hpp"
 #include "kernels/level3_util.hpp"
 
 namespace qnum::kern {
 namespace {
 
-// Largest triangle done by plain loops. The leaves carry about leaf/n of the work at a
-// fraction of the product's speed, while blocks much smaller than this make the product
-// spend its time packing.
-constexpr int leaf = 32;
+// Largest triangle done by plain loops (or, for the rank updates, by a product into the
+// workspace's scratch square). The leaves carry about leaf/n of the work at a fraction of the
+// product's speed, while blocks much smaller than this make the product spend its time
+// packing.
+constexpr int leaf = gemm_impl::scratch_side;
 
 // Splits n > leaf into a first part that is a multiple of 16 (whole micro-kernel slivers)
 // and the rest.
@@ -70,7 +69,7 @@ struct Update {
     T beta;
     T* c;
     int ldc;
-    T* tile;  // leaf by leaf workspace
+    T* tile;  // leaf by leaf scratch
 };
 
 // C(rows, cols) = sum of the terms restricted to those rows and columns + beta C, through
@@ -135,10 +134,8 @@ void rank_update(Update<T>& u, int n) {
         if (u.beta != T(1)) scale_triangle(u.uplo, u.herm, n, u.beta, u.c, u.ldc);
         return;
     }
-    const int nb = n < leaf ? n : leaf;
-    frame::Buffer<T> tile(static_cast<long long>(nb) * nb, "n");
-    if (!tile || !gemm_impl::reserve<T>()) return;
-    u.tile = tile.get();
+    if (!gemm_impl::reserve<T>()) return;
+    u.tile = gemm_impl::scratch<T>();
     update_triangle(u, 0, n);
 }
 

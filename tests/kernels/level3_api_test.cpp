@@ -1,5 +1,9 @@
 // The exported Level 3 wrappers: every argument error with its code, substitution values and
 // untouched outputs, option letters, the numbered aliases, and calls from many threads.
+#include <malloc.h>
+#include <sys/resource.h>
+
+#include <cstdio>
 #include <functional>
 #include <thread>
 
@@ -187,6 +191,46 @@ TEST(Level3Options, NumberedExportsAreGemmAndTrsm) {
     EXPECT_EQ(last_code(), 2040);
     for (const char* name : {"qnum_sgemm", "qnum_dgemm", "qnum_strsm", "qnum_dtrsm"})
         EXPECT_NE(out.find(name), std::string::npos) << name << "\n" << out;
+}
+
+// A workspace that cannot be allocated is TERMINAL 201 under the kernel's name, with nothing
+// written. The child process caps its address space just above what it uses already.
+TEST(Level3Errors, NoWorkspaceIsTerminal201) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the address sanitizer needs more address space than the cap leaves";
+#else
+    std::string out;
+    const int status = qnum::test::run_in_child(
+        [] {
+            // A new thread: its workspace does not exist yet, whatever ran before the fork.
+            // With one arena and a fixed mmap threshold, its allocation must grow the heap or
+            // map new memory, both of which the cap refuses.
+            mallopt(M_MMAP_THRESHOLD, 1 << 17);
+            mallopt(M_ARENA_MAX, 1);
+            qnum_skip_signal_handler();
+            std::thread([] {
+                QuietErrors quiet;
+                qnum_error_options(QNUM_SET_PRINT, QNUM_TERMINAL, 1, 0);
+                int n = 64;
+                std::vector<double> a(n * n, 1.0), c(n * n, 7.0);
+                long pages = 0;
+                std::FILE* f = std::fopen("/proc/self/statm", "r");
+                if (f == nullptr || std::fscanf(f, "%ld", &pages) != 1) std::_Exit(10);
+                std::fclose(f);
+                const rlim_t cap = static_cast<rlim_t>(pages) * 4096 + (1 << 20);
+                const rlimit limit{cap, cap};
+                if (setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(11);
+                double one = 1;
+                qnum_dgemm("N", 1, "N", 1, &n, &n, &n, &one, a.data(), &n, a.data(), &n, &one, c.data(), &n);
+                if (last_type() != QNUM_TERMINAL || last_code() != 201) std::_Exit(12);
+                for (double x : c)
+                    if (x != 7.0) std::_Exit(13);
+            }).join();
+        },
+        &out);
+    EXPECT_EQ(status, 0) << out;
+    EXPECT_NE(out.find("qnum_dgemm"), std::string::npos) << out;
+#endif
 }
 
 // Many threads at once, each with its own matrices and sizes that need the packing
