@@ -82,7 +82,8 @@ void bench_gemm(benchmark::State& state, bool ours) {
         benchmark::DoNotOptimize(c.data());
     }
     const double flops = (std::is_same_v<T, cf> || std::is_same_v<T, cd> ? 8.0 : 2.0) * nn * n;
-    state.counters["GFLOP/s"] = benchmark::Counter(flops * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["GFLOP/s"] =
+        benchmark::Counter(flops * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
 }
 
 // op(A) X = B with A unit lower triangular, m = n: n^3 flops. The right-hand sides are
@@ -100,8 +101,8 @@ void bench_dtrsm(benchmark::State& state, bool ours) {
         if (ours)
             qnum_dtrsm("L", 1, "L", 1, "N", 1, "U", 1, &n, &n, &one, a.data(), &n, b.data(), &n);
         else
-            cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, n, n, 1.0, a.data(), n,
-                        b.data(), n);
+            cblas_dtrsm(CblasColMajor, CblasLeft, CblasLower, CblasNoTrans, CblasUnit, n, n, 1.0,
+                        a.data(), n, b.data(), n);
         benchmark::DoNotOptimize(b.data());
     }
     state.counters["GFLOP/s"] =

@@ -44,7 +44,9 @@ public:
         require(good, code, Str{shown(s)});
     }
     // ld >= max(1, rows)
-    void leading(int ld, int rows, int code) { require(ld >= 1 && ld >= rows, code, Int{ld}, Int{rows}); }
+    void leading(int ld, int rows, int code) {
+        require(ld >= 1 && ld >= rows, code, Int{ld}, Int{rows});
+    }
     bool failed() const { return failed_; }
 
 private:
@@ -54,8 +56,8 @@ private:
 
 template <class T>
 void gemm_checked(const char* name, const char* transa, const char* transb, const int* m,
-                  const int* n, const int* k, const T* alpha, const T* a, const int* lda, const T* b,
-                  const int* ldb, const T* beta, T* c, const int* ldc) {
+                  const int* n, const int* k, const T* alpha, const T* a, const int* lda,
+                  const T* b, const int* ldb, const T* beta, T* c, const int* ldc) {
     Checks ck(name);
     ck.size(*m, err::negative_rows);
     ck.size(*n, err::negative_order);
@@ -127,9 +129,9 @@ void rank_k_checked(const char* name, bool herm, const char* uplo, const char* t
 
 // syr2k (herm false, S = T) and her2k (herm true, S = Real<T>).
 template <class T, class S>
-void rank_2k_checked(const char* name, bool herm, const char* uplo, const char* trans,
-                     const int* n, const int* k, const T* alpha, const T* a, const int* lda,
-                     const T* b, const int* ldb, const S* beta, T* c, const int* ldc) {
+void rank_2k_checked(const char* name, bool herm, const char* uplo, const char* trans, const int* n,
+                     const int* k, const T* alpha, const T* a, const int* lda, const T* b,
+                     const int* ldb, const S* beta, T* c, const int* ldc) {
     Checks ck(name);
     ck.size(*n, err::negative_order);
     ck.size(*k, err::negative_inner_size);
@@ -203,59 +205,57 @@ extern "C" void qnum_cgemm(const char* transa, int, const char* transb, int, con
                            const qnum_f_complex* a, const int* lda, const qnum_f_complex* b,
                            const int* ldb, const qnum_f_complex* beta, qnum_f_complex* c,
                            const int* ldc) noexcept {
-    gemm_checked("qnum_cgemm", transa, transb, m, n, k, cx(alpha), cx(a), lda, cx(b), ldb,
-                 cx(beta), cx(c), ldc);
+    gemm_checked("qnum_cgemm", transa, transb, m, n, k, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
+                 cx(c), ldc);
 }
 extern "C" void qnum_zgemm(const char* transa, int, const char* transb, int, const int* m,
                            const int* n, const int* k, const qnum_d_complex* alpha,
                            const qnum_d_complex* a, const int* lda, const qnum_d_complex* b,
                            const int* ldb, const qnum_d_complex* beta, qnum_d_complex* c,
                            const int* ldc) noexcept {
-    gemm_checked("qnum_zgemm", transa, transb, m, n, k, cx(alpha), cx(a), lda, cx(b), ldb,
-                 cx(beta), cx(c), ldc);
+    gemm_checked("qnum_zgemm", transa, transb, m, n, k, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
+                 cx(c), ldc);
 }
 
 // ---- symm, hemm ----
 
-extern "C" void qnum_ssymm(const char* side, int, const char* uplo, int, const int* m,
-                           const int* n, const float* alpha, const float* a, const int* lda,
-                           const float* b, const int* ldb, const float* beta, float* c,
-                           const int* ldc) noexcept {
+extern "C" void qnum_ssymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
+                           const float* alpha, const float* a, const int* lda, const float* b,
+                           const int* ldb, const float* beta, float* c, const int* ldc) noexcept {
     symm_checked("qnum_ssymm", false, side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
-extern "C" void qnum_dsymm(const char* side, int, const char* uplo, int, const int* m,
-                           const int* n, const double* alpha, const double* a, const int* lda,
-                           const double* b, const int* ldb, const double* beta, double* c,
-                           const int* ldc) noexcept {
+extern "C" void qnum_dsymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
+                           const double* alpha, const double* a, const int* lda, const double* b,
+                           const int* ldb, const double* beta, double* c, const int* ldc) noexcept {
     symm_checked("qnum_dsymm", false, side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
-extern "C" void qnum_csymm(const char* side, int, const char* uplo, int, const int* m,
-                           const int* n, const qnum_f_complex* alpha, const qnum_f_complex* a,
-                           const int* lda, const qnum_f_complex* b, const int* ldb,
-                           const qnum_f_complex* beta, qnum_f_complex* c, const int* ldc) noexcept {
-    symm_checked("qnum_csymm", false, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb,
-                 cx(beta), cx(c), ldc);
+extern "C" void qnum_csymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
+                           const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
+                           const qnum_f_complex* b, const int* ldb, const qnum_f_complex* beta,
+                           qnum_f_complex* c, const int* ldc) noexcept {
+    symm_checked("qnum_csymm", false, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
+                 cx(c), ldc);
 }
-extern "C" void qnum_zsymm(const char* side, int, const char* uplo, int, const int* m,
-                           const int* n, const qnum_d_complex* alpha, const qnum_d_complex* a,
-                           const int* lda, const qnum_d_complex* b, const int* ldb,
-                           const qnum_d_complex* beta, qnum_d_complex* c, const int* ldc) noexcept {
-    symm_checked("qnum_zsymm", false, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb,
-                 cx(beta), cx(c), ldc);
+extern "C" void qnum_zsymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
+                           const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
+                           const qnum_d_complex* b, const int* ldb, const qnum_d_complex* beta,
+                           qnum_d_complex* c, const int* ldc) noexcept {
+    symm_checked("qnum_zsymm", false, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
+                 cx(c), ldc);
 }
-extern "C" void qnum_chemm(const char* side, int, const char* uplo, int, const int* m,
-                           const int* n, const qnum_f_complex* alpha, const qnum_f_complex* a,
-                           const int* lda, const qnum_f_complex* b, const int* ldb,
-                           const qnum_f_complex* beta, qnum_f_complex* c, const int* ldc) noexcept {
-    symm_checked("qnum_chemm", true, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb,
-                 cx(beta), cx(c), ldc);
+extern "C" void qnum_chemm(const char* side, int, const char* uplo, int, const int* m, const int* n,
+                           const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
+                           const qnum_f_complex* b, const int* ldb, const qnum_f_complex* beta,
+                           qnum_f_complex* c, const int* ldc) noexcept {
+    symm_checked("qnum_chemm", true, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
+                 cx(c), ldc);
 }
-extern "C" void qnum_zhemm(const char* side, int, const char* uplo, int, const int* m,
-                           const int* n, const qnum_d_complex* alpha, const qnum_d_complex* a,
-                           const int* lda, const qnum_d_complex* b, const int* ldb,
-                           const qnum_d_complex* beta, qnum_d_complex* c, const int* ldc) noexcept {
-    symm_checked("qnum_zhemm", true, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb,
-                 cx(beta), cx(c), ldc);
+extern "C" void qnum_zhemm(const char* side, int, const char* uplo, int, const int* m, const int* n,
+                           const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
+                           const qnum_d_complex* b, const int* ldb, const qnum_d_complex* beta,
+                           qnum_d_complex* c, const int* ldc) noexcept {
+    symm_checked("qnum_zhemm", true, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
+                 cx(c), ldc);
 }
 
 // ---- syrk, herk ----
@@ -331,15 +331,15 @@ extern "C" void qnum_cher2k(const char* uplo, int, const char* trans, int, const
                             const int* k, const qnum_f_complex* alpha, const qnum_f_complex* a,
                             const int* lda, const qnum_f_complex* b, const int* ldb,
                             const float* beta, qnum_f_complex* c, const int* ldc) noexcept {
-    rank_2k_checked("qnum_cher2k", true, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb,
-                    beta, cx(c), ldc);
+    rank_2k_checked("qnum_cher2k", true, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb, beta,
+                    cx(c), ldc);
 }
 extern "C" void qnum_zher2k(const char* uplo, int, const char* trans, int, const int* n,
                             const int* k, const qnum_d_complex* alpha, const qnum_d_complex* a,
                             const int* lda, const qnum_d_complex* b, const int* ldb,
                             const double* beta, qnum_d_complex* c, const int* ldc) noexcept {
-    rank_2k_checked("qnum_zher2k", true, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb,
-                    beta, cx(c), ldc);
+    rank_2k_checked("qnum_zher2k", true, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb, beta,
+                    cx(c), ldc);
 }
 
 // ---- trmm, trsm ----

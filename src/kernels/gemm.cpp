@@ -139,15 +139,16 @@ template bool run<std::complex<double>>(const Problem<std::complex<double>>&);
 }  // namespace gemm_impl
 
 template <class T>
-void gemm(char ta, char tb, int m, int n, int k, T alpha, const T* a, int lda, const T* b,
-          int ldb, T beta, T* c, int ldc) {
+void gemm(char ta, char tb, int m, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
+          T beta, T* c, int ldc) {
     if (m == 0 || n == 0) return;
     if (alpha == T(0) || k == 0) {
         scale(m, n, beta, c, ldc);
         return;
     }
     using gemm_impl::Operand;
-    gemm_impl::Problem<T> p{m, n, k, alpha, beta, Operand<T>{a, lda, ta}, Operand<T>{b, ldb, tb}, c, ldc};
+    gemm_impl::Problem<T> p{m, n,  k, alpha, beta, Operand<T>{a, lda, ta}, Operand<T>{b, ldb, tb},
+                            c, ldc};
     gemm_impl::run(p);
 }
 

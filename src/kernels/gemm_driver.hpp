@@ -142,7 +142,9 @@ void micro_complex(Index kc, const typename V::R* a, const typename V::R* b, typ
         b += 2 * NR;
     }
     const reg ar = V::bcast(alpha), ai = V::bcast(alpha + 1);
-    const int beta_kind = (beta[0] == 0 && beta[1] == 0) ? 0 : (beta[0] == 1 && beta[1] == 0) ? 1 : 2;
+    const int beta_kind = (beta[0] == 0 && beta[1] == 0)   ? 0
+                          : (beta[0] == 1 && beta[1] == 0) ? 1
+                                                           : 2;
     const reg br = V::bcast(beta), bi = V::bcast(beta + 1);
 #pragma GCC unroll 32
     for (int j = 0; j < NR; ++j)

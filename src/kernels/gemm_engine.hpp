@@ -37,14 +37,14 @@ struct Problem {
 // workspace arrays of `a_size()` and `b_size()` elements, aligned to 64 bytes.
 template <class T>
 struct Engine {
-    int mr, nr;  // register block: the micro-kernel computes mr by nr of C
+    int mr, nr;      // register block: the micro-kernel computes mr by nr of C
     int mc, kc, nc;  // cache blocks: mc by kc of A stays in L2, kc by nc of B in L3
     void (*run)(const Problem<T>& p, T* a_pack, T* b_pack);
     // trsm's left-side leaf: solves op(A) X = alpha B (m <= 32 rows, B m by n, overwritten)
     // for the triangle t, column-major with leading dimension ldt, its diagonal inverted and
     // zeros outside the triangle.
-    void (*solve_left_leaf)(const T* t, Index ldt, bool lower, int m, Index n, const T* alpha,
-                            T* b, Index ldb);
+    void (*solve_left_leaf)(const T* t, Index ldt, bool lower, int m, Index n, const T* alpha, T* b,
+                            Index ldb);
     std::size_t a_size() const { return static_cast<std::size_t>(mc) * kc; }
     std::size_t b_size() const { return static_cast<std::size_t>(kc) * nc; }
 };

@@ -27,8 +27,8 @@ inline int split(int n) { return (n / 2 + 15) / 16 * 16; }
 // ---- symmetric and Hermitian products ----
 
 template <class T>
-void symmetric_product(char side, char uplo, bool herm, int m, int n, T alpha, const T* a,
-                       int lda, const T* b, int ldb, T beta, T* c, int ldc) {
+void symmetric_product(char side, char uplo, bool herm, int m, int n, T alpha, const T* a, int lda,
+                       const T* b, int ldb, T beta, T* c, int ldc) {
     using gemm_impl::Operand;
     using gemm_impl::Shape;
     if (m == 0 || n == 0) return;
@@ -37,10 +37,11 @@ void symmetric_product(char side, char uplo, bool herm, int m, int n, T alpha, c
         return;
     }
     const Shape shape = uplo == 'L' ? (herm ? Shape::HermLower : Shape::SymLower)
-                                            : (herm ? Shape::HermUpper : Shape::SymUpper);
+                                    : (herm ? Shape::HermUpper : Shape::SymUpper);
     const Operand<T> sym{a, lda, 'N', shape}, gen{b, ldb, 'N', Shape::General};
-    const gemm_impl::Problem<T> p{m, n, side == 'L' ? m : n, alpha, beta,
-                            side == 'L' ? sym : gen, side == 'L' ? gen : sym, c, ldc};
+    const gemm_impl::Problem<T> p{
+        m, n,  side == 'L' ? m : n, alpha, beta, side == 'L' ? sym : gen, side == 'L' ? gen : sym,
+        c, ldc};
     gemm_impl::run(p);
 }
 
@@ -129,7 +130,8 @@ void scale_triangle(char uplo, bool herm, int n, T beta, T* c, int ldc) {
 template <class T>
 void rank_update(Update<T>& u, int n) {
     if (n == 0) return;
-    const bool no_terms = u.k == 0 || (u.terms[0].alpha == T(0) && (u.nterms == 1 || u.terms[1].alpha == T(0)));
+    const bool no_terms =
+        u.k == 0 || (u.terms[0].alpha == T(0) && (u.nterms == 1 || u.terms[1].alpha == T(0)));
     if (no_terms) {
         if (u.beta != T(1)) scale_triangle(u.uplo, u.herm, n, u.beta, u.c, u.ldc);
         return;
@@ -142,28 +144,25 @@ void rank_update(Update<T>& u, int n) {
 // ---- triangular products and solves ----
 
 // op(A)'s leading nb by nb triangle, copied into a dense column-major square t (leaf by
-// leaf) so that the leaf loops read it down columns: the diagonal becomes 1 (unit), its
-// reciprocal (`inverse`, for solves) or stays. Returns whether op(A) is lower triangular.
+// leaf, zeros outside the triangle) so that the leaf loops read it down columns. A unit
+// diagonal becomes 1 without being read; otherwise the diagonal is copied, or its reciprocal
+// for the solves (`inverse`).
 template <class T>
-bool dense_triangle(char uplo, char ta, char diag, int nb, const T* a, int lda, bool inverse,
+void dense_triangle(char uplo, char ta, char diag, int nb, const T* a, int lda, bool inverse,
                     T* t) {
     const bool lower = (uplo == 'L') == (ta == 'N');
     for (Index j = 0; j < nb; ++j)
         for (Index i = 0; i < nb; ++i) {
             T v = T(0);
-            if (lower ? i > j : i < j) {
+            if (i == j) {
+                v = diag == 'U' ? T(1) : ta == 'C' ? conj_if(a[i + i * lda]) : a[i + i * lda];
+                if (inverse && diag != 'U') v = T(1) / v;
+            } else if (lower ? i > j : i < j) {
                 v = ta == 'N' ? a[i + j * lda] : a[j + i * lda];
                 if (ta == 'C') v = conj_if(v);
-            } else if (i == j) {
-                v = ta == 'C' ? conj_if(a[i + i * lda]) : a[i + i * lda];
-                if (diag == 'U')
-                    v = T(1);
-                else if (inverse)
-                    v = T(1) / v;
             }
             t[i + j * leaf] = v;
         }
-    return lower;
 }
 
 template <class T>
@@ -179,7 +178,8 @@ struct Tri {
 // The leaves of the recursions, kept out of the recursive functions so that their frames stay
 // small.
 template <class T>
-[[gnu::noinline]] void trmm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+[[gnu::noinline]] void trmm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
+                                      int ldb) {
     T t[leaf * leaf];
     const T* ad = A.a + d + d * A.lda;
     dense_triangle(A.uplo, A.ta, A.diag, m, ad, A.lda, false, t);
@@ -202,7 +202,8 @@ template <class T>
 }
 
 template <class T>
-[[gnu::noinline]] void trmm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+[[gnu::noinline]] void trmm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
+                                       int ldb) {
     T t[leaf * leaf];
     const T* ad = A.a + d + d * A.lda;
     dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, false, t);
@@ -225,14 +226,16 @@ template <class T>
 
 // The substitution runs across columns, in the engine of the active instruction set.
 template <class T>
-[[gnu::noinline]] void trsm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+[[gnu::noinline]] void trsm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
+                                      int ldb) {
     T t[leaf * leaf];
     dense_triangle(A.uplo, A.ta, A.diag, m, A.a + d + d * A.lda, A.lda, true, t);
     gemm_impl::engine<T>().solve_left_leaf(t, leaf, A.lower, m, n, &alpha, b, ldb);
 }
 
 template <class T>
-[[gnu::noinline]] void trsm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+[[gnu::noinline]] void trsm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
+                                       int ldb) {
     T t[leaf * leaf];
     const T* ad = A.a + d + d * A.lda;
     dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, true, t);
@@ -263,13 +266,13 @@ void trmm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
         T* b2 = b + m1;
         if (A.lower) {  // B2 = L21 B1 + L22 B2 needs B1 as it was: B2 first
             trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
-            gemm(A.ta, 'N', m2, n, m1, alpha, op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b,
-                 ldb, T(1), b2, ldb);
+            gemm(A.ta, 'N', m2, n, m1, alpha, op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b, ldb,
+                 T(1), b2, ldb);
             trmm_left(A, d, m1, n, alpha, b, ldb);
         } else {
             trmm_left(A, d, m1, n, alpha, b, ldb);
-            gemm(A.ta, 'N', m1, n, m2, alpha, op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2,
-                 ldb, T(1), b, ldb);
+            gemm(A.ta, 'N', m1, n, m2, alpha, op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2, ldb,
+                 T(1), b, ldb);
             trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
         }
         return;
@@ -285,13 +288,13 @@ void trmm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         T* b2 = b + n1 * static_cast<Index>(ldb);
         if (A.lower) {  // B1 = B1 L11 + B2 L21 needs B2 as it was: B1 first
             trmm_right(A, d, m, n1, alpha, b, ldb);
-            gemm('N', A.ta, m, n1, n2, alpha, b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d),
-                 A.lda, T(1), b, ldb);
+            gemm('N', A.ta, m, n1, n2, alpha, b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d), A.lda,
+                 T(1), b, ldb);
             trmm_right(A, d + n1, m, n2, alpha, b2, ldb);
         } else {
             trmm_right(A, d + n1, m, n2, alpha, b2, ldb);
-            gemm('N', A.ta, m, n2, n1, alpha, b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1),
-                 A.lda, T(1), b2, ldb);
+            gemm('N', A.ta, m, n2, n1, alpha, b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1), A.lda,
+                 T(1), b2, ldb);
             trmm_right(A, d, m, n1, alpha, b, ldb);
         }
         return;
@@ -307,13 +310,13 @@ void trsm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
         T* b2 = b + m1;
         if (A.lower) {  // X1 from the top block, then B2 = alpha B2 - L21 X1
             trsm_left(A, d, m1, n, alpha, b, ldb);
-            gemm(A.ta, 'N', m2, n, m1, T(-1), op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b,
-                 ldb, alpha, b2, ldb);
+            gemm(A.ta, 'N', m2, n, m1, T(-1), op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b, ldb,
+                 alpha, b2, ldb);
             trsm_left(A, d + m1, m2, n, T(1), b2, ldb);
         } else {
             trsm_left(A, d + m1, m2, n, alpha, b2, ldb);
-            gemm(A.ta, 'N', m1, n, m2, T(-1), op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2,
-                 ldb, alpha, b, ldb);
+            gemm(A.ta, 'N', m1, n, m2, T(-1), op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2, ldb,
+                 alpha, b, ldb);
             trsm_left(A, d, m1, n, T(1), b, ldb);
         }
         return;
@@ -329,13 +332,13 @@ void trsm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         T* b2 = b + n1 * static_cast<Index>(ldb);
         if (A.lower) {  // X2 from the last block, then B1 = alpha B1 - X2 L21
             trsm_right(A, d + n1, m, n2, alpha, b2, ldb);
-            gemm('N', A.ta, m, n1, n2, T(-1), b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d),
-                 A.lda, alpha, b, ldb);
+            gemm('N', A.ta, m, n1, n2, T(-1), b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d), A.lda,
+                 alpha, b, ldb);
             trsm_right(A, d, m, n1, T(1), b, ldb);
         } else {
             trsm_right(A, d, m, n1, alpha, b, ldb);
-            gemm('N', A.ta, m, n2, n1, T(-1), b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1),
-                 A.lda, alpha, b2, ldb);
+            gemm('N', A.ta, m, n2, n1, T(-1), b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1), A.lda,
+                 alpha, b2, ldb);
             trsm_right(A, d + n1, m, n2, T(1), b2, ldb);
         }
         return;
@@ -360,8 +363,9 @@ void hemm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, cons
 template <class T>
 void syrk(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, T beta, T* c,
           int ldc) {
-    Update<T> u{uplo, trans == 'N' ? 'N' : 'T', false, k, {{a, lda, a, lda, alpha}, {}},
-                1, beta, c, ldc, nullptr};
+    Update<T> u{
+        uplo,   trans == 'N' ? 'N' : 'T', false, k, {{a, lda, a, lda, alpha}, {}}, 1, beta, c, ldc,
+        nullptr};
     rank_update(u, n);
 }
 
@@ -369,16 +373,34 @@ template <class T>
 void herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int lda, Real<T> beta,
           T* c, int ldc) {
     const bool herm = is_complex_v<T>;
-    Update<T> u{uplo, trans == 'N' ? 'N' : herm ? 'C' : 'T', herm, k,
-                {{a, lda, a, lda, T(alpha)}, {}}, 1, T(beta), c, ldc, nullptr};
+    Update<T> u{uplo,
+                trans == 'N' ? 'N'
+                : herm       ? 'C'
+                             : 'T',
+                herm,
+                k,
+                {{a, lda, a, lda, T(alpha)}, {}},
+                1,
+                T(beta),
+                c,
+                ldc,
+                nullptr};
     rank_update(u, n);
 }
 
 template <class T>
 void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
            T beta, T* c, int ldc) {
-    Update<T> u{uplo, trans == 'N' ? 'N' : 'T', false, k,
-                {{a, lda, b, ldb, alpha}, {b, ldb, a, lda, alpha}}, 2, beta, c, ldc, nullptr};
+    Update<T> u{uplo,
+                trans == 'N' ? 'N' : 'T',
+                false,
+                k,
+                {{a, lda, b, ldb, alpha}, {b, ldb, a, lda, alpha}},
+                2,
+                beta,
+                c,
+                ldc,
+                nullptr};
     rank_update(u, n);
 }
 
@@ -386,8 +408,17 @@ template <class T>
 void her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
            Real<T> beta, T* c, int ldc) {
     const bool herm = is_complex_v<T>;
-    Update<T> u{uplo, trans == 'N' ? 'N' : herm ? 'C' : 'T', herm, k,
-                {{a, lda, b, ldb, alpha}, {b, ldb, a, lda, conj_if(alpha)}}, 2, T(beta), c, ldc,
+    Update<T> u{uplo,
+                trans == 'N' ? 'N'
+                : herm       ? 'C'
+                             : 'T',
+                herm,
+                k,
+                {{a, lda, b, ldb, alpha}, {b, ldb, a, lda, conj_if(alpha)}},
+                2,
+                T(beta),
+                c,
+                ldc,
                 nullptr};
     rank_update(u, n);
 }
@@ -428,15 +459,15 @@ void trsm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const
         trsm_right(A, 0, m, n, alpha, b, ldb);
 }
 
-#define QNUM_LEVEL3_INSTANTIATE(T)                                                                 \
-    template void symm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);      \
-    template void hemm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);      \
-    template void syrk<T>(char, char, int, int, T, const T*, int, T, T*, int);                    \
-    template void herk<T>(char, char, int, int, Real<T>, const T*, int, Real<T>, T*, int);        \
-    template void syr2k<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);    \
-    template void her2k<T>(char, char, int, int, T, const T*, int, const T*, int, Real<T>, T*,    \
-                           int);                                                                   \
-    template void trmm<T>(char, char, char, char, int, int, T, const T*, int, T*, int);           \
+#define QNUM_LEVEL3_INSTANTIATE(T)                                                             \
+    template void symm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);  \
+    template void hemm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);  \
+    template void syrk<T>(char, char, int, int, T, const T*, int, T, T*, int);                 \
+    template void herk<T>(char, char, int, int, Real<T>, const T*, int, Real<T>, T*, int);     \
+    template void syr2k<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int); \
+    template void her2k<T>(char, char, int, int, T, const T*, int, const T*, int, Real<T>, T*, \
+                           int);                                                               \
+    template void trmm<T>(char, char, char, char, int, int, T, const T*, int, T*, int);        \
     template void trsm<T>(char, char, char, char, int, int, T, const T*, int, T*, int);
 
 QNUM_LEVEL3_INSTANTIATE(float)

@@ -31,16 +31,16 @@ struct ErrorCase {
 
 double one = 1, zero = 0;
 
-void dgemm_(const char* ta, const char* tb, int m, int n, int k, int lda, int ldb, int ldc, double* a,
-            double* b, double* c) {
+void dgemm_(const char* ta, const char* tb, int m, int n, int k, int lda, int ldb, int ldc,
+            double* a, double* b, double* c) {
     qnum_dgemm(ta, 1, tb, 1, &m, &n, &k, &one, a, &lda, b, &ldb, &zero, c, &ldc);
 }
 void dsymm_(const char* side, const char* uplo, int m, int n, int lda, int ldb, int ldc, double* a,
             double* b, double* c) {
     qnum_dsymm(side, 1, uplo, 1, &m, &n, &one, a, &lda, b, &ldb, &zero, c, &ldc);
 }
-void dsyr2k_(const char* uplo, const char* trans, int n, int k, int lda, int ldb, int ldc, double* a,
-             double* b, double* c) {
+void dsyr2k_(const char* uplo, const char* trans, int n, int k, int lda, int ldb, int ldc,
+             double* a, double* b, double* c) {
     qnum_dsyr2k(uplo, 1, trans, 1, &n, &k, &one, a, &lda, b, &ldb, &zero, c, &ldc);
 }
 void dtrsm_(const char* side, const char* uplo, const char* ta, const char* diag, int m, int n,
@@ -50,6 +50,7 @@ void dtrsm_(const char* side, const char* uplo, const char* ta, const char* diag
 
 std::vector<ErrorCase> error_cases() {
     using A = double*;
+    // clang-format off
     return {
         {"gemm m < 0", [](A a, A b, A c) { dgemm_("N", "N", -1, 4, 4, 4, 4, 4, a, b, c); }, 2033, {-1}, nullptr},
         {"gemm n < 0", [](A a, A b, A c) { dgemm_("N", "N", 4, -2, 4, 4, 4, 4, a, b, c); }, 2014, {-2}, nullptr},
@@ -76,6 +77,7 @@ std::vector<ErrorCase> error_cases() {
         {"trsm ldb < m", [](A a, A b, A) { dtrsm_("L", "U", "N", "N", 4, 2, 4, 3, a, b); }, 14103, {3, 4}, nullptr},
         {"trsm null option", [](A a, A b, A) { dtrsm_(nullptr, "U", "N", "N", 4, 2, 4, 3, a, b); }, 14100, {}, ""},
     };
+    // clang-format on
 }
 
 TEST(Level3Errors, EachBadArgumentIsTerminalWithItsValuesAndWritesNothing) {
@@ -87,7 +89,8 @@ TEST(Level3Errors, EachBadArgumentIsTerminalWithItsValuesAndWritesNothing) {
         ec.call(a.data(), b.data(), c.data());
         EXPECT_EQ(last_type(), QNUM_TERMINAL);
         EXPECT_EQ(last_code(), ec.code);
-        for (std::size_t i = 0; i < ec.ints.size(); ++i) EXPECT_EQ(int_slot(static_cast<int>(i) + 1), ec.ints[i]);
+        for (std::size_t i = 0; i < ec.ints.size(); ++i)
+            EXPECT_EQ(int_slot(static_cast<int>(i) + 1), ec.ints[i]);
         if (ec.str) {
             EXPECT_EQ(string_slot(1), ec.str);
         }
@@ -221,7 +224,8 @@ TEST(Level3Errors, NoWorkspaceIsTerminal201) {
                 const rlimit limit{cap, cap};
                 if (setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(11);
                 double one = 1;
-                qnum_dgemm("N", 1, "N", 1, &n, &n, &n, &one, a.data(), &n, a.data(), &n, &one, c.data(), &n);
+                qnum_dgemm("N", 1, "N", 1, &n, &n, &n, &one, a.data(), &n, a.data(), &n, &one,
+                           c.data(), &n);
                 if (last_type() != QNUM_TERMINAL || last_code() != 201) std::_Exit(12);
                 for (double x : c)
                     if (x != 7.0) std::_Exit(13);

@@ -319,12 +319,9 @@ inline std::vector<qnum::cpu::Path> paths() {
 }
 inline const char* path_name(qnum::cpu::Path p) {
     switch (p) {
-        case qnum::cpu::Path::Avx512:
-            return "avx512";
-        case qnum::cpu::Path::Avx2:
-            return "avx2";
-        default:
-            return "portable";
+    case qnum::cpu::Path::Avx512: return "avx512";
+    case qnum::cpu::Path::Avx2: return "avx2";
+    default: return "portable";
     }
 }
 
