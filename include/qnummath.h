@@ -360,7 +360,49 @@ QNUM_API void qnum_20744(const char* side, int side_len, const char* uplo, int u
  * Uniform random numbers
  * ------------------------------------------------------------------------------------------ */
 
-/* (random section) */
+/* Every thread draws from a stream of its own: a multiplicative congruential generator
+ * s := (a * s) mod (2^31 - 1), a deviate being s times a float just below 2^-31, which keeps
+ * it strictly inside (0, 1). The shuffled generators also hand out the entries of their
+ * table, which they build as s / (2^31 - 1); in float that rounds to 1 for the 63 seeds
+ * nearest the modulus. The same seed set in two threads gives the same sequence in both. A
+ * stream that no one seeded takes a seed from the clock (UTC hour, minute and second) on its
+ * first draw. */
+
+/* Selects the generator of the calling thread's stream: 1 and 2 multiply by 16807, 3 and 4
+ * by 397204094, 5 and 6 by 950706376; the even options shuffle the output through a table of
+ * 128 deviates. The default is 1. The seed and a shuffle table already built stay as they
+ * are. Errors: TERMINAL 132 for an option outside 1..6 ("generator_option"), the stream
+ * unchanged. */
+QNUM_API void qnum_random_option(int generator_option);
+/* 1 <= seed <= 2147483646 fixes the seed of the calling thread's stream. 0 takes a new seed
+ * from the clock, without counting the stream as seeded (its first draw still takes a clock
+ * seed of its own). Any other value is not an error: it seeds an unseeded stream from the
+ * clock and leaves a seeded one as it is. */
+QNUM_API void qnum_random_seed_set(int seed);
+/* The current seed of the calling thread's stream; a stream not yet seeded is seeded from
+ * the clock first, so the value returned is the one the next draw continues from. */
+QNUM_API int qnum_random_seed_get(void);
+/* Installs a shuffle table of 128 entries for the shuffled generators (options 2, 4, 6).
+ * table[0] <= 0 drops the installed table instead: the generator builds its own on the next
+ * shuffled draw. Each entry must satisfy 0 < v <= 1; a bad one raises TERMINAL 11031 (value
+ * and 1-based position) and the entry keeps its previous value (0 in a table never built).
+ * qnum_rnses sets the table of the float routines, qnum_drnses that of the double ones.
+ * Errors: TERMINAL 150 for a null table. */
+QNUM_API void qnum_rnses(const float table[]);
+QNUM_API void qnum_drnses(const double table[]);
+/* qnum_f_random_uniform(n, options..., 0): n uniform deviates in (0, 1), in a new array (free
+ * it with qnum_free_allocated_memory) or in the caller's.
+ * Options: QNUM_RETURN_USER, float* r: the deviates are written to r, which is returned.
+ * Errors: TERMINAL 132 for n < 1 ("n_random"), TERMINAL 11001 for an unknown option (code
+ * and position), TERMINAL 104 for a null r, TERMINAL 201 or 200 when memory runs out; on an
+ * error the routine frees what it allocated and returns NULL. */
+QNUM_API float* qnum_f_random_uniform(int n, ...);
+QNUM_API double* qnum_d_random_uniform(int n, ...);
+/* Fills r[0..n-1] with uniform deviates from the same stream.
+ * Errors: TERMINAL 132 for n < 1 ("n"), TERMINAL 150 for a null r, TERMINAL 200 when memory
+ * runs out. */
+QNUM_API void qnum_rnun(int n, float r[]);
+QNUM_API void qnum_drnun(int n, double r[]);
 
 #ifdef __cplusplus
 }

@@ -10,6 +10,7 @@
 
 namespace qnum {
 
+__thread Context* this_thread_context = nullptr;
 std::atomic<int> multi_thread_fault{0};
 std::atomic<int> signal_trapping{1};
 
@@ -21,6 +22,7 @@ registry::OnceFlag creation_lock_once{0};
 platform::Mutex creation_lock;
 platform::Mutex signal_lock;
 std::atomic<Context*> first{nullptr};
+std::atomic<int> live{0};
 bool first_recorded = false;  // under creation_lock; stays set when the first thread ends
 
 void destroy_context(void* p) {
@@ -28,6 +30,8 @@ void destroy_context(void* p) {
     if (c == nullptr) return;
     Context* expected = c;
     first.compare_exchange_strong(expected, nullptr);
+    if (this_thread_context == c) this_thread_context = nullptr;
+    live.fetch_sub(1, std::memory_order_relaxed);
     std::free(c->msg);
     std::free(c->catalogue.search_path);
     std::free(c->catalogue.owned_file_name);
@@ -46,10 +50,15 @@ const std::uint8_t default_stop[9] = {0, 0, 0, 0, 1, 1, 0, 0, 1};
 const std::uint8_t default_traceback[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1};
 const std::uint8_t default_immediate[9] = {0, 0, 0, 0, 0, 1, 1, 1, 1};
 
+}  // namespace
+
 Context* create_context() {
+    registry::once(context_key_once, create_context_key);
+    if (void* v = registry::get_value(context_key)) return this_thread_context = static_cast<Context*>(v);
     void* mem = std::malloc(sizeof(Context));
     if (mem == nullptr) std::abort();  // nothing can be reported without a context
     auto* c = new (mem) Context;
+    live.fetch_add(1, std::memory_order_relaxed);
     registry::once(creation_lock_once, init_creation_lock);
     {
         platform::Lock guard(creation_lock);
@@ -76,21 +85,11 @@ Context* create_context() {
     }
     c->catalogue.file_name = "qnumerr.bin";
     registry::set_value(context_key, c);
+    this_thread_context = c;
     return c;
 }
 
-}  // namespace
-
-Context* context() {
-    registry::once(context_key_once, create_context_key);
-    if (void* v = registry::get_value(context_key)) return static_cast<Context*>(v);
-    return create_context();
-}
-
-Context* context_if_any() {
-    if (!context_key_once.load(std::memory_order_acquire)) return nullptr;
-    return static_cast<Context*>(registry::get_value(context_key));
-}
+int live_contexts() { return live.load(std::memory_order_relaxed); }
 
 Context* first_context() { return first.load(std::memory_order_acquire); }
 

@@ -63,10 +63,20 @@ struct Context {
     std::int32_t trap_depth = 0;
 };
 
+// The calling thread's context, cached in a plain thread-local pointer so that the frame of
+// every public routine reaches it with one load; the registry stays its owner.
+extern __thread Context* this_thread_context __attribute__((tls_model("initial-exec")));
+Context* create_context();
+
 // The calling thread's context, created on first use. Never null.
-Context* context();
+inline Context* context() {
+    Context* c = this_thread_context;
+    return c ? c : create_context();
+}
 // The context of this thread if it has one (for the fault handler), else null.
-Context* context_if_any();
+inline Context* context_if_any() { return this_thread_context; }
+// For tests: how many contexts exist in the process now.
+int live_contexts();
 // The first context created in the process; its jump buffers serve every trapped call.
 Context* first_context();
 

@@ -10,6 +10,8 @@
 #include <type_traits>
 
 #include "qnummath.h"
+#include "frame/context.hpp"
+#include "frame/error_stack.hpp"
 #include "frame/errors.hpp"  // generated from data/messages/*.msg: qnum::err::<name> = code
 
 namespace qnum::frame {
@@ -54,15 +56,15 @@ void raise_in(const char* name, Type type, int code, Slots... slots);
 
 // True when an error has been raised at the current level (workers test this once, after
 // all their checks).
-inline bool pending() { return qnum_n1rty(0) != 0; }
+inline bool pending() { return context()->status[0] != 0; }
 // True when the routine called last ended with an error of type FATAL or worse.
-inline bool failed_below() { return qnum_n1rty(1) >= 4; }
+inline bool failed_below() { return context()->status[1] >= 4; }
 
 // One error-stack level: pushes its name on construction and pops it on destruction.
 class Level {
 public:
-    explicit Level(const char* name) : name_(name) { qnum_e1psh(name); }
-    ~Level() { qnum_e1pop(name_); }
+    explicit Level(const char* name) : name_(name) { errors::push(name); }
+    ~Level() { errors::pop(name_); }
     Level(const Level&) = delete;
     Level& operator=(const Level&) = delete;
 
@@ -100,7 +102,7 @@ void after_fault();             // a fault jumped back: TERMINAL 102, disarm
 template <class R, class F>
 R call(const char* name, F&& worker) noexcept {
     Level level(name);
-    if (qnum_n1rty(0) != 0) return R();
+    if (pending()) return R();
     if (!trap::enabled()) {
         if constexpr (std::is_void_v<R>) {
             worker();

@@ -69,8 +69,11 @@ StackEntry* user_level(Context* c) {
 // The routine that the user's level called: the entry just above the user level.
 const char* called_routine(Context* c) {
     StackEntry* u = user_level(c);
-    return u < c->top ? (u + 1)->name : c->top->name;
+    const char* name = u < c->top ? (u + 1)->name : c->top->name;
+    return name ? name : "";
 }
+
+const char* or_empty(const char* s) { return s ? s : ""; }
 
 // The report of the stream and console printers; nl is "\n" or "\r\n".
 void render(Text& out, int type, int code, const char* routine, const char* message, const char* nl) {
@@ -193,9 +196,9 @@ void write_traceback(Context* c) {
         if (!listed) continue;
         if (remembered && !e->user)
             text.addf(" %5s%-9s   %-25s %s\n", "QNUM_", c->type_names[remembered->type],
-                      catalogue::code_name(remembered->code), e->name);
+                      catalogue::code_name(remembered->code), or_empty(e->name));
         else
-            text.addf(" %5s%-9s   %-25s %s\n", "", "", "", e->name);
+            text.addf(" %5s%-9s   %-25s %s\n", "", "", "", or_empty(e->name));
         remembered = nullptr;
     }
     std::FILE* f = error_stream();

@@ -63,9 +63,9 @@ void* thread_workspace(std::size_t bytes) {
 template <class T>
 Engine<T> engine() {
     switch (cpu::active()) {
-    case cpu::Path::Avx512: return engine_avx512<T>();
-    case cpu::Path::Avx2: return engine_avx2<T>();
-    default: return engine_portable<T>();
+        case cpu::Path::Avx512: return engine_avx512<T>();
+        case cpu::Path::Avx2: return engine_avx2<T>();
+        default: return engine_portable<T>();
     }
 }
 
@@ -139,29 +139,27 @@ template bool run<std::complex<double>>(const Problem<std::complex<double>>&);
 }  // namespace gemm_impl
 
 template <class T>
-void gemm(char ta, char tb, int m, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
-          T beta, T* c, int ldc) {
+void gemm(char ta, char tb, int m, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta,
+          T* c, int ldc) {
     if (m == 0 || n == 0) return;
     if (alpha == T(0) || k == 0) {
         scale(m, n, beta, c, ldc);
         return;
     }
     using gemm_impl::Operand;
-    gemm_impl::Problem<T> p{m, n,  k, alpha, beta, Operand<T>{a, lda, ta}, Operand<T>{b, ldb, tb},
-                            c, ldc};
+    gemm_impl::Problem<T> p{m, n, k, alpha, beta, Operand<T>{a, lda, ta}, Operand<T>{b, ldb, tb}, c, ldc};
     gemm_impl::run(p);
 }
 
-template void gemm<float>(char, char, int, int, int, float, const float*, int, const float*, int,
-                          float, float*, int);
-template void gemm<double>(char, char, int, int, int, double, const double*, int, const double*,
-                           int, double, double*, int);
+template void gemm<float>(char, char, int, int, int, float, const float*, int, const float*, int, float,
+                          float*, int);
+template void gemm<double>(char, char, int, int, int, double, const double*, int, const double*, int, double,
+                           double*, int);
 template void gemm<std::complex<float>>(char, char, int, int, int, std::complex<float>,
-                                        const std::complex<float>*, int, const std::complex<float>*,
-                                        int, std::complex<float>, std::complex<float>*, int);
+                                        const std::complex<float>*, int, const std::complex<float>*, int,
+                                        std::complex<float>, std::complex<float>*, int);
 template void gemm<std::complex<double>>(char, char, int, int, int, std::complex<double>,
-                                         const std::complex<double>*, int,
-                                         const std::complex<double>*, int, std::complex<double>,
-                                         std::complex<double>*, int);
+                                         const std::complex<double>*, int, const std::complex<double>*, int,
+                                         std::complex<double>, std::complex<double>*, int);
 
 }  // namespace qnum::kern

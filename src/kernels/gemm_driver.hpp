@@ -48,15 +48,17 @@ inline Index lesser(Index a, Index b) { return a < b ? a : b; }
 // C (mv*w by nr) = alpha A B + beta C, from packed slivers a (mv*w per step) and b (nr per
 // step). beta = 0 assigns.
 template <class V, int MV, int NR>
-void micro_real(Index kc, const typename V::R* a, const typename V::R* b, typename V::R* c,
-                Index ldc, const typename V::R* alpha, const typename V::R* beta) {
+void micro_real(Index kc, const typename V::R* a, const typename V::R* b, typename V::R* c, Index ldc,
+                const typename V::R* alpha, const typename V::R* beta) {
     using reg = typename V::reg;
     constexpr int W = V::w;
     reg acc[MV][NR];
 #pragma GCC unroll 32
-    for (int j = 0; j < NR; ++j)
+    for (int j = 0; j < NR; ++j) {
 #pragma GCC unroll 8
         for (int v = 0; v < MV; ++v) acc[v][j] = V::zero();
+    }
+
     // C is needed only after the loop: ask for it now, so that the loads at the end hit.
 #pragma GCC unroll 32
     for (int j = 0; j < NR; ++j) {
@@ -111,15 +113,16 @@ inline typename V::reg cmul(typename V::reg x, typename V::reg sr, typename V::r
 // The complex micro-kernel: a holds mv*w/2 complex numbers per step, b nr; c, alpha and beta
 // are complex, stored as pairs of reals, ldc counts complex elements.
 template <class V, int MV, int NR>
-void micro_complex(Index kc, const typename V::R* a, const typename V::R* b, typename V::R* c,
-                   Index ldc, const typename V::R* alpha, const typename V::R* beta) {
+void micro_complex(Index kc, const typename V::R* a, const typename V::R* b, typename V::R* c, Index ldc,
+                   const typename V::R* alpha, const typename V::R* beta) {
     using reg = typename V::reg;
     constexpr int W = V::w;
     reg re[MV][NR], im[MV][NR];
 #pragma GCC unroll 32
-    for (int j = 0; j < NR; ++j)
+    for (int j = 0; j < NR; ++j) {
 #pragma GCC unroll 8
         for (int v = 0; v < MV; ++v) re[v][j] = im[v][j] = V::zero();
+    }
 #pragma GCC unroll 32
     for (int j = 0; j < NR; ++j) {
         __builtin_prefetch(c + 2 * j * ldc, 1);
@@ -142,9 +145,7 @@ void micro_complex(Index kc, const typename V::R* a, const typename V::R* b, typ
         b += 2 * NR;
     }
     const reg ar = V::bcast(alpha), ai = V::bcast(alpha + 1);
-    const int beta_kind = (beta[0] == 0 && beta[1] == 0)   ? 0
-                          : (beta[0] == 1 && beta[1] == 0) ? 1
-                                                           : 2;
+    const int beta_kind = (beta[0] == 0 && beta[1] == 0) ? 0 : (beta[0] == 1 && beta[1] == 0) ? 1 : 2;
     const reg br = V::bcast(beta), bi = V::bcast(beta + 1);
 #pragma GCC unroll 32
     for (int j = 0; j < NR; ++j)
@@ -230,8 +231,7 @@ void pack_a(const Operand<T>& A, Index i0, Index p0, Index mc, Index kc, typenam
             for (Index r = 0; r < MR; ++r) {
                 if (r < rows) {
                     const R* src = x + (p0 + (r0 + r) * ld) * CW;
-                    for (Index p = 0; p < kc; ++p)
-                        copy_elem<T>(src + p * CW, dst + (p * MR + r) * CW, conj);
+                    for (Index p = 0; p < kc; ++p) copy_elem<T>(src + p * CW, dst + (p * MR + r) * CW, conj);
                 } else {
                     for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * MR + r) * CW);
                 }
@@ -263,8 +263,7 @@ void pack_b(const Operand<T>& B, Index p0, Index j0, Index kc, Index nc, typenam
             for (Index j = 0; j < NR; ++j) {
                 if (j < cols) {
                     const R* src = x + (p0 + (c0 + j) * ld) * CW;
-                    for (Index p = 0; p < kc; ++p)
-                        copy_elem<T>(src + p * CW, dst + (p * NR + j) * CW, false);
+                    for (Index p = 0; p < kc; ++p) copy_elem<T>(src + p * CW, dst + (p * NR + j) * CW, false);
                 } else {
                     for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * NR + j) * CW);
                 }
@@ -295,8 +294,7 @@ void pack_b(const Operand<T>& B, Index p0, Index j0, Index kc, Index nc, typenam
 // Solves op(A) X = alpha B for the m by m triangle t (column-major, leading dimension ldt,
 // diagonal already inverted, zeros outside the triangle), m <= 32, overwriting the m by n B.
 template <class T>
-void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T* alpha_, T* b_,
-                     Index ldb) {
+void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T* alpha_, T* b_, Index ldb) {
     using R = typename Elem<T>::R;
     constexpr int CW = Elem<T>::cw;
     constexpr int CB = 64 / sizeof(R);  // columns per block
@@ -424,16 +422,14 @@ struct Kernel {
     using T = T_;
     static constexpr int MR = MV * V::w / Elem<T>::cw, NR = NR_, MC = MC_, KC = KC_, NC = NC_;
     static_assert(MC % MR == 0 && NC % NR == 0, "cache blocks must hold whole slivers");
-    static void micro(Index kc, const typename V::R* a, const typename V::R* b, typename V::R* c,
-                      Index ldc, const typename V::R* alpha, const typename V::R* beta) {
+    static void micro(Index kc, const typename V::R* a, const typename V::R* b, typename V::R* c, Index ldc,
+                      const typename V::R* alpha, const typename V::R* beta) {
         if constexpr (Elem<T>::cw == 1)
             micro_real<V, MV, NR>(kc, a, b, c, ldc, alpha, beta);
         else
             micro_complex<V, MV, NR>(kc, a, b, c, ldc, alpha, beta);
     }
-    static Engine<T> engine() {
-        return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>, &solve_left_leaf<T>};
-    }
+    static Engine<T> engine() { return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>, &solve_left_leaf<T>}; }
 };
 
 }  // namespace

@@ -40,8 +40,7 @@ void symmetric_product(char side, char uplo, bool herm, int m, int n, T alpha, c
                                     : (herm ? Shape::HermUpper : Shape::SymUpper);
     const Operand<T> sym{a, lda, 'N', shape}, gen{b, ldb, 'N', Shape::General};
     const gemm_impl::Problem<T> p{
-        m, n,  side == 'L' ? m : n, alpha, beta, side == 'L' ? sym : gen, side == 'L' ? gen : sym,
-        c, ldc};
+        m, n, side == 'L' ? m : n, alpha, beta, side == 'L' ? sym : gen, side == 'L' ? gen : sym, c, ldc};
     gemm_impl::run(p);
 }
 
@@ -76,16 +75,15 @@ struct Update {
 // C(rows, cols) = sum of the terms restricted to those rows and columns + beta C, through
 // the blocked product (the first term applies beta, the second adds).
 template <class T>
-void update_block(const Update<T>& u, Index r0, int rows, Index c0, int cols, T* c, int ldc,
-                  T beta) {
+void update_block(const Update<T>& u, Index r0, int rows, Index c0, int cols, T* c, int ldc, T beta) {
     const bool n = u.trans == 'N';
     const char left = n ? 'N' : u.trans, right = n ? (u.herm ? 'C' : 'T') : 'N';
     for (int t = 0; t < u.nterms; ++t) {
         const Term<T>& term = u.terms[t];
         const T* x = n ? term.x + r0 : term.x + r0 * term.ldx;
         const T* y = n ? term.y + c0 : term.y + c0 * term.ldy;
-        gemm(left, right, rows, cols, u.k, term.alpha, x, term.ldx, y, term.ldy,
-             t == 0 ? beta : T(1), c, ldc);
+        gemm(left, right, rows, cols, u.k, term.alpha, x, term.ldx, y, term.ldy, t == 0 ? beta : T(1), c,
+             ldc);
     }
 }
 
@@ -148,8 +146,7 @@ void rank_update(Update<T>& u, int n) {
 // diagonal becomes 1 without being read; otherwise the diagonal is copied, or its reciprocal
 // for the solves (`inverse`).
 template <class T>
-void dense_triangle(char uplo, char ta, char diag, int nb, const T* a, int lda, bool inverse,
-                    T* t) {
+void dense_triangle(char uplo, char ta, char diag, int nb, const T* a, int lda, bool inverse, T* t) {
     const bool lower = (uplo == 'L') == (ta == 'N');
     for (Index j = 0; j < nb; ++j)
         for (Index i = 0; i < nb; ++i) {
@@ -178,8 +175,7 @@ struct Tri {
 // The leaves of the recursions, kept out of the recursive functions so that their frames stay
 // small.
 template <class T>
-[[gnu::noinline]] void trmm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
-                                      int ldb) {
+[[gnu::noinline]] void trmm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
     T t[leaf * leaf];
     const T* ad = A.a + d + d * A.lda;
     dense_triangle(A.uplo, A.ta, A.diag, m, ad, A.lda, false, t);
@@ -202,8 +198,7 @@ template <class T>
 }
 
 template <class T>
-[[gnu::noinline]] void trmm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
-                                       int ldb) {
+[[gnu::noinline]] void trmm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
     T t[leaf * leaf];
     const T* ad = A.a + d + d * A.lda;
     dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, false, t);
@@ -226,16 +221,14 @@ template <class T>
 
 // The substitution runs across columns, in the engine of the active instruction set.
 template <class T>
-[[gnu::noinline]] void trsm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
-                                      int ldb) {
+[[gnu::noinline]] void trsm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
     T t[leaf * leaf];
     dense_triangle(A.uplo, A.ta, A.diag, m, A.a + d + d * A.lda, A.lda, true, t);
     gemm_impl::engine<T>().solve_left_leaf(t, leaf, A.lower, m, n, &alpha, b, ldb);
 }
 
 template <class T>
-[[gnu::noinline]] void trsm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b,
-                                       int ldb) {
+[[gnu::noinline]] void trsm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
     T t[leaf * leaf];
     const T* ad = A.a + d + d * A.lda;
     dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, true, t);
@@ -266,13 +259,13 @@ void trmm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
         T* b2 = b + m1;
         if (A.lower) {  // B2 = L21 B1 + L22 B2 needs B1 as it was: B2 first
             trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
-            gemm(A.ta, 'N', m2, n, m1, alpha, op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b, ldb,
-                 T(1), b2, ldb);
+            gemm(A.ta, 'N', m2, n, m1, alpha, op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b, ldb, T(1), b2,
+                 ldb);
             trmm_left(A, d, m1, n, alpha, b, ldb);
         } else {
             trmm_left(A, d, m1, n, alpha, b, ldb);
-            gemm(A.ta, 'N', m1, n, m2, alpha, op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2, ldb,
-                 T(1), b, ldb);
+            gemm(A.ta, 'N', m1, n, m2, alpha, op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2, ldb, T(1), b,
+                 ldb);
             trmm_left(A, d + m1, m2, n, alpha, b2, ldb);
         }
         return;
@@ -288,13 +281,13 @@ void trmm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         T* b2 = b + n1 * static_cast<Index>(ldb);
         if (A.lower) {  // B1 = B1 L11 + B2 L21 needs B2 as it was: B1 first
             trmm_right(A, d, m, n1, alpha, b, ldb);
-            gemm('N', A.ta, m, n1, n2, alpha, b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d), A.lda,
-                 T(1), b, ldb);
+            gemm('N', A.ta, m, n1, n2, alpha, b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d), A.lda, T(1), b,
+                 ldb);
             trmm_right(A, d + n1, m, n2, alpha, b2, ldb);
         } else {
             trmm_right(A, d + n1, m, n2, alpha, b2, ldb);
-            gemm('N', A.ta, m, n2, n1, alpha, b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1), A.lda,
-                 T(1), b2, ldb);
+            gemm('N', A.ta, m, n2, n1, alpha, b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1), A.lda, T(1), b2,
+                 ldb);
             trmm_right(A, d, m, n1, alpha, b, ldb);
         }
         return;
@@ -310,13 +303,13 @@ void trsm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
         T* b2 = b + m1;
         if (A.lower) {  // X1 from the top block, then B2 = alpha B2 - L21 X1
             trsm_left(A, d, m1, n, alpha, b, ldb);
-            gemm(A.ta, 'N', m2, n, m1, T(-1), op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b, ldb,
-                 alpha, b2, ldb);
+            gemm(A.ta, 'N', m2, n, m1, T(-1), op_block(A.a, A.lda, A.ta, d + m1, d), A.lda, b, ldb, alpha, b2,
+                 ldb);
             trsm_left(A, d + m1, m2, n, T(1), b2, ldb);
         } else {
             trsm_left(A, d + m1, m2, n, alpha, b2, ldb);
-            gemm(A.ta, 'N', m1, n, m2, T(-1), op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2, ldb,
-                 alpha, b, ldb);
+            gemm(A.ta, 'N', m1, n, m2, T(-1), op_block(A.a, A.lda, A.ta, d, d + m1), A.lda, b2, ldb, alpha, b,
+                 ldb);
             trsm_left(A, d, m1, n, T(1), b, ldb);
         }
         return;
@@ -332,13 +325,13 @@ void trsm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         T* b2 = b + n1 * static_cast<Index>(ldb);
         if (A.lower) {  // X2 from the last block, then B1 = alpha B1 - X2 L21
             trsm_right(A, d + n1, m, n2, alpha, b2, ldb);
-            gemm('N', A.ta, m, n1, n2, T(-1), b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d), A.lda,
-                 alpha, b, ldb);
+            gemm('N', A.ta, m, n1, n2, T(-1), b2, ldb, op_block(A.a, A.lda, A.ta, d + n1, d), A.lda, alpha, b,
+                 ldb);
             trsm_right(A, d, m, n1, T(1), b, ldb);
         } else {
             trsm_right(A, d, m, n1, alpha, b, ldb);
-            gemm('N', A.ta, m, n2, n1, T(-1), b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1), A.lda,
-                 alpha, b2, ldb);
+            gemm('N', A.ta, m, n2, n1, T(-1), b, ldb, op_block(A.a, A.lda, A.ta, d, d + n1), A.lda, alpha, b2,
+                 ldb);
             trsm_right(A, d + n1, m, n2, T(1), b2, ldb);
         }
         return;
@@ -349,34 +342,30 @@ void trsm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
 }  // namespace
 
 template <class T>
-void symm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, const T* b, int ldb,
-          T beta, T* c, int ldc) {
+void symm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, const T* b, int ldb, T beta, T* c,
+          int ldc) {
     symmetric_product(side, uplo, false, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 
 template <class T>
-void hemm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, const T* b, int ldb,
-          T beta, T* c, int ldc) {
+void hemm(char side, char uplo, int m, int n, T alpha, const T* a, int lda, const T* b, int ldb, T beta, T* c,
+          int ldc) {
     symmetric_product(side, uplo, is_complex_v<T>, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 
 template <class T>
-void syrk(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, T beta, T* c,
-          int ldc) {
-    Update<T> u{
-        uplo,   trans == 'N' ? 'N' : 'T', false, k, {{a, lda, a, lda, alpha}, {}}, 1, beta, c, ldc,
-        nullptr};
+void syrk(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, T beta, T* c, int ldc) {
+    Update<T> u{uplo,   trans == 'N' ? 'N' : 'T', false, k, {{a, lda, a, lda, alpha}, {}}, 1, beta, c, ldc,
+                nullptr};
     rank_update(u, n);
 }
 
 template <class T>
-void herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int lda, Real<T> beta,
-          T* c, int ldc) {
+void herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int lda, Real<T> beta, T* c,
+          int ldc) {
     const bool herm = is_complex_v<T>;
     Update<T> u{uplo,
-                trans == 'N' ? 'N'
-                : herm       ? 'C'
-                             : 'T',
+                trans == 'N' ? 'N' : herm ? 'C' : 'T',
                 herm,
                 k,
                 {{a, lda, a, lda, T(alpha)}, {}},
@@ -389,8 +378,8 @@ void herk(char uplo, char trans, int n, int k, Real<T> alpha, const T* a, int ld
 }
 
 template <class T>
-void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb,
-           T beta, T* c, int ldc) {
+void syr2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, const T* b, int ldb, T beta,
+           T* c, int ldc) {
     Update<T> u{uplo,
                 trans == 'N' ? 'N' : 'T',
                 false,
@@ -424,8 +413,8 @@ void her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, co
 }
 
 template <class T>
-void trmm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda,
-          T* b, int ldb) {
+void trmm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda, T* b,
+          int ldb) {
     if (m == 0 || n == 0) return;
     if (alpha == T(0)) {
         scale(m, n, T(0), b, ldb);
@@ -442,8 +431,8 @@ void trmm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const
 }
 
 template <class T>
-void trsm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda,
-          T* b, int ldb) {
+void trsm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda, T* b,
+          int ldb) {
     if (m == 0 || n == 0) return;
     if (alpha == T(0)) {
         scale(m, n, T(0), b, ldb);
@@ -459,15 +448,14 @@ void trsm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const
         trsm_right(A, 0, m, n, alpha, b, ldb);
 }
 
-#define QNUM_LEVEL3_INSTANTIATE(T)                                                             \
-    template void symm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);  \
-    template void hemm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);  \
-    template void syrk<T>(char, char, int, int, T, const T*, int, T, T*, int);                 \
-    template void herk<T>(char, char, int, int, Real<T>, const T*, int, Real<T>, T*, int);     \
-    template void syr2k<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int); \
-    template void her2k<T>(char, char, int, int, T, const T*, int, const T*, int, Real<T>, T*, \
-                           int);                                                               \
-    template void trmm<T>(char, char, char, char, int, int, T, const T*, int, T*, int);        \
+#define QNUM_LEVEL3_INSTANTIATE(T)                                                                   \
+    template void symm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);        \
+    template void hemm<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);        \
+    template void syrk<T>(char, char, int, int, T, const T*, int, T, T*, int);                       \
+    template void herk<T>(char, char, int, int, Real<T>, const T*, int, Real<T>, T*, int);           \
+    template void syr2k<T>(char, char, int, int, T, const T*, int, const T*, int, T, T*, int);       \
+    template void her2k<T>(char, char, int, int, T, const T*, int, const T*, int, Real<T>, T*, int); \
+    template void trmm<T>(char, char, char, char, int, int, T, const T*, int, T*, int);              \
     template void trsm<T>(char, char, char, char, int, int, T, const T*, int, T*, int);
 
 QNUM_LEVEL3_INSTANTIATE(float)

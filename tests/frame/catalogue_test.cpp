@@ -1,4 +1,5 @@
 // Message catalogue: search, byte order, lookups, caching and every failure text.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -13,8 +14,6 @@
 #include "qnum_test.hpp"
 
 namespace {
-
-using qnum::test::run_in_child;
 
 std::string built_catalogue() {
     std::ifstream in(std::string(QNUM_BUILD_DIR) + "/qnumerr.bin", std::ios::binary);
@@ -39,15 +38,21 @@ std::string swapped(std::string bytes) {
     return bytes;
 }
 
-// Runs fn in a child whose catalogue search finds only `folder`; the child exits with 0 when
-// every expectation held (gtest failures there count through the status).
-int with_catalogue_in(const std::string& folder, const std::function<void()>& fn, std::string* err) {
-    return run_in_child([&] {
-        setenv("QNUMERRPATH", folder.c_str(), 1);
-        fn();
-        std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
-    }, err);
-}
+// Runs `body` in a freshly started copy of this test program (the catalogue loads once per
+// process) whose search finds only `folder`; passes when the child ends with status 0 (every
+// expectation inside held) and wrote exactly `expected_err` to standard error.
+#define EXPECT_IN_FRESH_PROCESS(folder, body, expected_err)                                   \
+    do {                                                                                      \
+        GTEST_FLAG_SET(death_test_style, "threadsafe");                                       \
+        EXPECT_EXIT(                                                                          \
+            {                                                                                 \
+                setenv("QNUMERRPATH", (folder).c_str(), 1);                                   \
+                body;                                                                         \
+                std::fflush(nullptr);                                                         \
+                std::_Exit(::testing::Test::HasFailure() ? 1 : 0);                            \
+            },                                                                                \
+            ::testing::ExitedWithCode(0), expected_err);                                      \
+    } while (0)
 
 void warn(int code) {
     qnum_e1psh("qnum_f_cat");
@@ -82,43 +87,36 @@ TEST(Catalogue, CodesAreLookedUpModulo100000) {
 
 TEST(Catalogue, OtherByteOrderIsReadCorrectly) {
     std::string folder = folder_with(swapped(built_catalogue()));
-    std::string err;
-    EXPECT_EQ(with_catalogue_in(folder, [] {
-                  EXPECT_STREQ(qnum::catalogue::code_name(511), "QNUM_SIGNAL_SIGSEGV");
-                  EXPECT_TRUE(qnum::catalogue::byte_swapped());
-              }, &err), 0) << err;
+    EXPECT_IN_FRESH_PROCESS(folder, {
+        EXPECT_STREQ(qnum::catalogue::code_name(511), "QNUM_SIGNAL_SIGSEGV");
+        EXPECT_TRUE(qnum::catalogue::byte_swapped());
+    }, ::testing::Eq(""));
 }
 
 TEST(Catalogue, MissingFileAnnouncesOnceAndFallsBack) {
-    std::string err;
-    EXPECT_EQ(with_catalogue_in("/nonexistent", [] {
-                  warn(1010);
-                  warn(1010);
-              }, &err), 0);
-    EXPECT_EQ(err,
-              "Error in reading qnumerr.bin\nFile not found.\n"
-              "\n*** WARNING  Error 1010 from qnum_f_cat.  Error code 1010.\n\n"
-              "\n*** WARNING  Error 1010 from qnum_f_cat.  Error code 1010.\n\n");
+    EXPECT_IN_FRESH_PROCESS(std::string("/nonexistent"), {
+        warn(1010);
+        warn(1010);
+    }, ::testing::Eq("Error in reading qnumerr.bin\nFile not found.\n"
+                     "\n*** WARNING  Error 1010 from qnum_f_cat.  Error code 1010.\n\n"
+                     "\n*** WARNING  Error 1010 from qnum_f_cat.  Error code 1010.\n\n"));
 }
 
 TEST(Catalogue, EnvironmentElementsExpandAndUnsetOnesAreSkipped) {
     std::string folder = folder_with(built_catalogue());
-    std::string err;
     setenv("QNUM_TEST_CATALOGUE_DIR", folder.c_str(), 1);
-    EXPECT_EQ(with_catalogue_in("$QNUM_TEST_UNSET_VARIABLE;/nonexistent;$QNUM_TEST_CATALOGUE_DIR", [] {
-                  EXPECT_EQ(qnum::catalogue::load_state(), 0);
-                  EXPECT_STREQ(qnum::catalogue::code_name(150), "QNUM_MISSING_ARRAY");
-              }, &err), 0) << err;
-    unsetenv("QNUM_TEST_CATALOGUE_DIR");
+    EXPECT_IN_FRESH_PROCESS(std::string("$QNUM_TEST_UNSET_VARIABLE;/nonexistent;$QNUM_TEST_CATALOGUE_DIR"), {
+        EXPECT_EQ(qnum::catalogue::load_state(), 0);
+        EXPECT_STREQ(qnum::catalogue::code_name(150), "QNUM_MISSING_ARRAY");
+    }, ::testing::Eq(""));
 }
 
 TEST(Catalogue, PerThreadPathOptionWinsOverTheEnvironment) {
     std::string folder = folder_with(built_catalogue());
-    std::string err;
-    EXPECT_EQ(with_catalogue_in("/nonexistent", [&] {
-                  qnum_error_options(QNUM_SET_ERROR_PATH, folder.c_str(), 0);
-                  EXPECT_STREQ(qnum::catalogue::code_name(150), "QNUM_MISSING_ARRAY");
-              }, &err), 0) << err;
+    EXPECT_IN_FRESH_PROCESS(std::string("/nonexistent"), {
+        qnum_error_options(QNUM_SET_ERROR_PATH, folder.c_str(), 0);
+        EXPECT_STREQ(qnum::catalogue::code_name(150), "QNUM_MISSING_ARRAY");
+    }, ::testing::Eq(""));
 }
 
 struct BrokenCase {
@@ -131,9 +129,7 @@ class BrokenFile : public ::testing::TestWithParam<BrokenCase> {};
 
 TEST_P(BrokenFile, GivesItsReasonAndGenericTexts) {
     std::string folder = folder_with(GetParam().damage(built_catalogue()));
-    std::string err;
-    EXPECT_EQ(with_catalogue_in(folder, [] { warn(150); }, &err), 0);
-    EXPECT_EQ(err, GetParam().expect);
+    EXPECT_IN_FRESH_PROCESS(folder, warn(150), ::testing::Eq(GetParam().expect));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -24,6 +24,11 @@ protected:
     }
 };
 
+const std::string traceback_head =
+    "Here is a traceback of the calls in reverse order.\n"
+    "  Error Type        Error Code              Routine\n"
+    "  ----------        ----------              -------\n";
+
 void raise_nested(const char* outer, const char* inner, int type, int code, const char* text) {
     qnum_e1psh(outer);
     qnum_e1psh(inner);
@@ -120,10 +125,7 @@ TEST_F(Printing, TracebackListsTheUserLevelsCallee) {
     qnum_error_options(QNUM_SET_TRACEBACK, 4, 1, 0);
     std::string out = capture_errors([] { raise_nested("qnum_f_outer", "l_inner", 4, 201, "Gone."); });
     EXPECT_EQ(out,
-              "\n*** FATAL    Error QNUM_NO_MEMORY from l_inner.  Gone.\n\n"
-              "Here is a traceback of the calls in reverse order.\n"
-              "  Error Type        Error Code              Routine\n"
-              "  ----------        ----------              -------\n"
+              "\n*** FATAL    Error QNUM_NO_MEMORY from l_inner.  Gone.\n\n" + traceback_head +
               " QNUM_FATAL       QNUM_NO_MEMORY            qnum_f_outer\n"
               "                                            USER\n");
 }
@@ -132,10 +134,7 @@ TEST_F(Printing, FullTracebackListsEveryLevel) {
     qnum_error_options(QNUM_SET_TRACEBACK, 5, 1, QNUM_FULL_TRACEBACK, 1, 0);
     std::string out = capture_errors([] { raise_nested("qnum_f_outer", "l_inner", 5, 132, "Bad."); });
     EXPECT_EQ(out,
-              "\n*** TERMINAL Error from qnum_f_outer.  Bad.\n\n"
-              "Here is a traceback of the calls in reverse order.\n"
-              "  Error Type        Error Code              Routine\n"
-              "  ----------        ----------              -------\n"
+              "\n*** TERMINAL Error from qnum_f_outer.  Bad.\n\n" + traceback_head +
               " QNUM_TERMINAL    QNUM_OUT_OF_RANGE         l_inner\n"
               "                                            qnum_f_outer\n"
               "                                            USER\n");

@@ -55,6 +55,19 @@ TEST(RegistryThread, DestructorsRunAtThreadExitAndTriplesAreReused) {
     EXPECT_EQ(destroyed.load(), 50);
 }
 
+TEST(RegistryThread, ContextsAreFreedAtThreadExit) {
+    qnum_skip_signal_handler();
+    qnum_e1sti(1, 1);
+    int before = qnum::live_contexts();
+    for (int round = 0; round < 20; ++round) {
+        std::thread([] {
+            qnum_e1psh("qnum_f_in_thread");
+            qnum_e1pop("qnum_f_in_thread");
+        }).join();
+    }
+    EXPECT_EQ(qnum::live_contexts(), before);
+}
+
 TEST(RegistryThread, ThreadsRaiseDifferentErrorsAtOnceWithoutSeeingEachOther) {
     qnum_skip_signal_handler();
     std::atomic<int> failures{0};

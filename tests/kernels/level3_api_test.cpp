@@ -31,20 +31,20 @@ struct ErrorCase {
 
 double one = 1, zero = 0;
 
-void dgemm_(const char* ta, const char* tb, int m, int n, int k, int lda, int ldb, int ldc,
-            double* a, double* b, double* c) {
+void dgemm_(const char* ta, const char* tb, int m, int n, int k, int lda, int ldb, int ldc, double* a,
+            double* b, double* c) {
     qnum_dgemm(ta, 1, tb, 1, &m, &n, &k, &one, a, &lda, b, &ldb, &zero, c, &ldc);
 }
-void dsymm_(const char* side, const char* uplo, int m, int n, int lda, int ldb, int ldc, double* a,
-            double* b, double* c) {
+void dsymm_(const char* side, const char* uplo, int m, int n, int lda, int ldb, int ldc, double* a, double* b,
+            double* c) {
     qnum_dsymm(side, 1, uplo, 1, &m, &n, &one, a, &lda, b, &ldb, &zero, c, &ldc);
 }
-void dsyr2k_(const char* uplo, const char* trans, int n, int k, int lda, int ldb, int ldc,
-             double* a, double* b, double* c) {
+void dsyr2k_(const char* uplo, const char* trans, int n, int k, int lda, int ldb, int ldc, double* a,
+             double* b, double* c) {
     qnum_dsyr2k(uplo, 1, trans, 1, &n, &k, &one, a, &lda, b, &ldb, &zero, c, &ldc);
 }
-void dtrsm_(const char* side, const char* uplo, const char* ta, const char* diag, int m, int n,
-            int lda, int ldb, double* a, double* b) {
+void dtrsm_(const char* side, const char* uplo, const char* ta, const char* diag, int m, int n, int lda,
+            int ldb, double* a, double* b) {
     qnum_dtrsm(side, 1, uplo, 1, ta, 1, diag, 1, &m, &n, &one, a, &lda, b, &ldb);
 }
 
@@ -224,8 +224,7 @@ TEST(Level3Errors, NoWorkspaceIsTerminal201) {
                 const rlimit limit{cap, cap};
                 if (setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(11);
                 double one = 1;
-                qnum_dgemm("N", 1, "N", 1, &n, &n, &n, &one, a.data(), &n, a.data(), &n, &one,
-                           c.data(), &n);
+                qnum_dgemm("N", 1, "N", 1, &n, &n, &n, &one, a.data(), &n, a.data(), &n, &one, c.data(), &n);
                 if (last_type() != QNUM_TERMINAL || last_code() != 201) std::_Exit(12);
                 for (double x : c)
                     if (x != 7.0) std::_Exit(13);

@@ -52,18 +52,16 @@ TYPED_TEST(Level3Product, GemmMatchesReferenceOnEveryPathShapeAndTranspose) {
         for (const Shape& s : edge_shapes<T>())
             for (const char* ta : transposes)
                 for (const char* tb : transposes) {
-                    SCOPED_TRACE(::testing::Message() << path_name(path) << " m=" << s.m << " n="
-                                                      << s.n << " k=" << s.k << " " << ta << tb);
+                    SCOPED_TRACE(::testing::Message() << path_name(path) << " m=" << s.m << " n=" << s.n
+                                                      << " k=" << s.k << " " << ta << tb);
                     Mat<T> a = ta[0] == 'N' ? Mat<T>(s.m, s.k, 3) : Mat<T>(s.k, s.m, 2);
                     Mat<T> b = tb[0] == 'N' ? Mat<T>(s.k, s.n, 1) : Mat<T>(s.n, s.k, 4);
                     Mat<T> c(s.m, s.n, 2);
                     fill_random(a, g), fill_random(b, g), fill_random(c, g);
                     const T alpha = scalar<T>(1.25, -0.5), beta = scalar<T>(-0.75, 0.25);
-                    Expected<T> e =
-                        reference_product(ta[0], tb[0], s.m, s.n, s.k, alpha, a, b, beta, c);
+                    Expected<T> e = reference_product(ta[0], tb[0], s.m, s.n, s.k, alpha, a, b, beta, c);
                     const Mat<T> before = c;
-                    gemm(ta, tb, s.m, s.n, s.k, alpha, a.data(), a.ld, b.data(), b.ld, beta,
-                         c.data(), c.ld);
+                    gemm(ta, tb, s.m, s.n, s.k, alpha, a.data(), a.ld, b.data(), b.ld, beta, c.data(), c.ld);
                     ASSERT_TRUE(matches(c, before, e));
                 }
     }
@@ -122,8 +120,8 @@ TYPED_TEST(Level3Product, GemmAlphaZeroOrEmptySumOnlyScalesC) {
             c(1, 1) = nan_value<T>();
             c(2, 2) = T(-0.0);
             const Mat<T> before = c;
-            gemm("N", "N", m, n, k, k == 0 ? T(3) : T(0), a.data(), a.ld, b.data(), b.ld, beta,
-                 c.data(), c.ld);
+            gemm("N", "N", m, n, k, k == 0 ? T(3) : T(0), a.data(), a.ld, b.data(), b.ld, beta, c.data(),
+                 c.ld);
             if (beta == T(1)) {
                 EXPECT_TRUE(same_bits(c, before)) << "k=" << k;
                 continue;
@@ -166,13 +164,10 @@ TYPED_TEST(Level3Product, SymmetricProductsReadOneTriangle) {
             if (herm && !is_complex<T>) continue;
             for (const char* side : {"L", "R"})
                 for (const char* uplo : {"U", "L"})
-                    for (auto [m, n] : {std::pair{1, 1},
-                                        {en.mr + 1, en.nr - 1},
-                                        {en.mc + 1, 3},
-                                        {4, en.kc + 1}}) {
-                        SCOPED_TRACE(::testing::Message()
-                                     << path_name(path) << (herm ? " hemm " : " symm ") << side
-                                     << uplo << " m=" << m << " n=" << n);
+                    for (auto [m, n] :
+                         {std::pair{1, 1}, {en.mr + 1, en.nr - 1}, {en.mc + 1, 3}, {4, en.kc + 1}}) {
+                        SCOPED_TRACE(::testing::Message() << path_name(path) << (herm ? " hemm " : " symm ")
+                                                          << side << uplo << " m=" << m << " n=" << n);
                         const int na = side[0] == 'L' ? m : n;
                         Mat<T> a(na, na, 2), b(m, n, 1), c(m, n, 3);
                         fill_random(b, g), fill_random(c, g);
@@ -184,21 +179,20 @@ TYPED_TEST(Level3Product, SymmetricProductsReadOneTriangle) {
                                 for (int i = 0; i < na; ++i) a(i, i).imag(nan_value<Real<T>>());
                         const Mat<T> full = expand(a, uplo[0], herm);
                         const T alpha = scalar<T>(0.5, 1), beta = scalar<T>(2, -1);
-                        Expected<T> e =
-                            side[0] == 'L'
-                                ? reference_product('N', 'N', m, n, m, alpha, full, b, beta, c)
-                                : reference_product('N', 'N', m, n, n, alpha, b, full, beta, c);
+                        Expected<T> e = side[0] == 'L'
+                                            ? reference_product('N', 'N', m, n, m, alpha, full, b, beta, c)
+                                            : reference_product('N', 'N', m, n, n, alpha, b, full, beta, c);
                         const Mat<T> before = c;
                         if constexpr (is_complex<T>) {
                             if (herm)
-                                hemm(side, uplo, m, n, alpha, a.data(), a.ld, b.data(), b.ld, beta,
-                                     c.data(), c.ld);
+                                hemm(side, uplo, m, n, alpha, a.data(), a.ld, b.data(), b.ld, beta, c.data(),
+                                     c.ld);
                             else
-                                symm(side, uplo, m, n, alpha, a.data(), a.ld, b.data(), b.ld, beta,
-                                     c.data(), c.ld);
+                                symm(side, uplo, m, n, alpha, a.data(), a.ld, b.data(), b.ld, beta, c.data(),
+                                     c.ld);
                         } else {
-                            symm(side, uplo, m, n, alpha, a.data(), a.ld, b.data(), b.ld, beta,
-                                 c.data(), c.ld);
+                            symm(side, uplo, m, n, alpha, a.data(), a.ld, b.data(), b.ld, beta, c.data(),
+                                 c.ld);
                         }
                         ASSERT_TRUE(matches(c, before, e));
                     }

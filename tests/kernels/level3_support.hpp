@@ -68,124 +68,124 @@ inline const qnum_f_complex* c_(const cf* x) { return reinterpret_cast<const qnu
 inline qnum_d_complex* c_(cd* x) { return reinterpret_cast<qnum_d_complex*>(x); }
 inline const qnum_d_complex* c_(const cd* x) { return reinterpret_cast<const qnum_d_complex*>(x); }
 
-inline void gemm(const char* ta, const char* tb, int m, int n, int k, float al, const float* a,
-                 int lda, const float* b, int ldb, float be, float* c, int ldc) {
+inline void gemm(const char* ta, const char* tb, int m, int n, int k, float al, const float* a, int lda,
+                 const float* b, int ldb, float be, float* c, int ldc) {
     qnum_sgemm(ta, 1, tb, 1, &m, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
 inline void symm(const char* sd, const char* ul, int m, int n, float al, const float* a, int lda,
                  const float* b, int ldb, float be, float* c, int ldc) {
     qnum_ssymm(sd, 1, ul, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void syrk(const char* ul, const char* tr, int n, int k, float al, const float* a, int lda,
-                 float be, float* c, int ldc) {
+inline void syrk(const char* ul, const char* tr, int n, int k, float al, const float* a, int lda, float be,
+                 float* c, int ldc) {
     qnum_ssyrk(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(&be), c_(c), &ldc);
 }
 inline void syr2k(const char* ul, const char* tr, int n, int k, float al, const float* a, int lda,
                   const float* b, int ldb, float be, float* c, int ldc) {
     qnum_ssyr2k(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 float al, const float* a, int lda, float* b, int ldb) {
+inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, float al,
+                 const float* a, int lda, float* b, int ldb) {
     qnum_strmm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
-inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 float al, const float* a, int lda, float* b, int ldb) {
+inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, float al,
+                 const float* a, int lda, float* b, int ldb) {
     qnum_strsm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
-inline void gemm(const char* ta, const char* tb, int m, int n, int k, double al, const double* a,
-                 int lda, const double* b, int ldb, double be, double* c, int ldc) {
+inline void gemm(const char* ta, const char* tb, int m, int n, int k, double al, const double* a, int lda,
+                 const double* b, int ldb, double be, double* c, int ldc) {
     qnum_dgemm(ta, 1, tb, 1, &m, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
 inline void symm(const char* sd, const char* ul, int m, int n, double al, const double* a, int lda,
                  const double* b, int ldb, double be, double* c, int ldc) {
     qnum_dsymm(sd, 1, ul, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void syrk(const char* ul, const char* tr, int n, int k, double al, const double* a, int lda,
-                 double be, double* c, int ldc) {
+inline void syrk(const char* ul, const char* tr, int n, int k, double al, const double* a, int lda, double be,
+                 double* c, int ldc) {
     qnum_dsyrk(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(&be), c_(c), &ldc);
 }
 inline void syr2k(const char* ul, const char* tr, int n, int k, double al, const double* a, int lda,
                   const double* b, int ldb, double be, double* c, int ldc) {
     qnum_dsyr2k(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 double al, const double* a, int lda, double* b, int ldb) {
+inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, double al,
+                 const double* a, int lda, double* b, int ldb) {
     qnum_dtrmm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
-inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 double al, const double* a, int lda, double* b, int ldb) {
+inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, double al,
+                 const double* a, int lda, double* b, int ldb) {
     qnum_dtrsm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
 inline void gemm(const char* ta, const char* tb, int m, int n, int k, cf al, const cf* a, int lda,
                  const cf* b, int ldb, cf be, cf* c, int ldc) {
     qnum_cgemm(ta, 1, tb, 1, &m, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void symm(const char* sd, const char* ul, int m, int n, cf al, const cf* a, int lda,
-                 const cf* b, int ldb, cf be, cf* c, int ldc) {
+inline void symm(const char* sd, const char* ul, int m, int n, cf al, const cf* a, int lda, const cf* b,
+                 int ldb, cf be, cf* c, int ldc) {
     qnum_csymm(sd, 1, ul, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void syrk(const char* ul, const char* tr, int n, int k, cf al, const cf* a, int lda, cf be,
-                 cf* c, int ldc) {
+inline void syrk(const char* ul, const char* tr, int n, int k, cf al, const cf* a, int lda, cf be, cf* c,
+                 int ldc) {
     qnum_csyrk(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(&be), c_(c), &ldc);
 }
-inline void syr2k(const char* ul, const char* tr, int n, int k, cf al, const cf* a, int lda,
-                  const cf* b, int ldb, cf be, cf* c, int ldc) {
+inline void syr2k(const char* ul, const char* tr, int n, int k, cf al, const cf* a, int lda, const cf* b,
+                  int ldb, cf be, cf* c, int ldc) {
     qnum_csyr2k(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 cf al, const cf* a, int lda, cf* b, int ldb) {
+inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, cf al,
+                 const cf* a, int lda, cf* b, int ldb) {
     qnum_ctrmm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
-inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 cf al, const cf* a, int lda, cf* b, int ldb) {
+inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, cf al,
+                 const cf* a, int lda, cf* b, int ldb) {
     qnum_ctrsm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
 inline void gemm(const char* ta, const char* tb, int m, int n, int k, cd al, const cd* a, int lda,
                  const cd* b, int ldb, cd be, cd* c, int ldc) {
     qnum_zgemm(ta, 1, tb, 1, &m, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void symm(const char* sd, const char* ul, int m, int n, cd al, const cd* a, int lda,
-                 const cd* b, int ldb, cd be, cd* c, int ldc) {
+inline void symm(const char* sd, const char* ul, int m, int n, cd al, const cd* a, int lda, const cd* b,
+                 int ldb, cd be, cd* c, int ldc) {
     qnum_zsymm(sd, 1, ul, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void syrk(const char* ul, const char* tr, int n, int k, cd al, const cd* a, int lda, cd be,
-                 cd* c, int ldc) {
+inline void syrk(const char* ul, const char* tr, int n, int k, cd al, const cd* a, int lda, cd be, cd* c,
+                 int ldc) {
     qnum_zsyrk(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(&be), c_(c), &ldc);
 }
-inline void syr2k(const char* ul, const char* tr, int n, int k, cd al, const cd* a, int lda,
-                  const cd* b, int ldb, cd be, cd* c, int ldc) {
+inline void syr2k(const char* ul, const char* tr, int n, int k, cd al, const cd* a, int lda, const cd* b,
+                  int ldb, cd be, cd* c, int ldc) {
     qnum_zsyr2k(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 cd al, const cd* a, int lda, cd* b, int ldb) {
+inline void trmm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, cd al,
+                 const cd* a, int lda, cd* b, int ldb) {
     qnum_ztrmm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
-inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n,
-                 cd al, const cd* a, int lda, cd* b, int ldb) {
+inline void trsm(const char* sd, const char* ul, const char* ta, const char* dg, int m, int n, cd al,
+                 const cd* a, int lda, cd* b, int ldb) {
     qnum_ztrsm(sd, 1, ul, 1, ta, 1, dg, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb);
 }
-inline void hemm(const char* sd, const char* ul, int m, int n, cf al, const cf* a, int lda,
-                 const cf* b, int ldb, cf be, cf* c, int ldc) {
+inline void hemm(const char* sd, const char* ul, int m, int n, cf al, const cf* a, int lda, const cf* b,
+                 int ldb, cf be, cf* c, int ldc) {
     qnum_chemm(sd, 1, ul, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void herk(const char* ul, const char* tr, int n, int k, float al, const cf* a, int lda,
-                 float be, cf* c, int ldc) {
+inline void herk(const char* ul, const char* tr, int n, int k, float al, const cf* a, int lda, float be,
+                 cf* c, int ldc) {
     qnum_cherk(ul, 1, tr, 1, &n, &k, &al, c_(a), &lda, &be, c_(c), &ldc);
 }
-inline void her2k(const char* ul, const char* tr, int n, int k, cf al, const cf* a, int lda,
-                  const cf* b, int ldb, float be, cf* c, int ldc) {
+inline void her2k(const char* ul, const char* tr, int n, int k, cf al, const cf* a, int lda, const cf* b,
+                  int ldb, float be, cf* c, int ldc) {
     qnum_cher2k(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, &be, c_(c), &ldc);
 }
-inline void hemm(const char* sd, const char* ul, int m, int n, cd al, const cd* a, int lda,
-                 const cd* b, int ldb, cd be, cd* c, int ldc) {
+inline void hemm(const char* sd, const char* ul, int m, int n, cd al, const cd* a, int lda, const cd* b,
+                 int ldb, cd be, cd* c, int ldc) {
     qnum_zhemm(sd, 1, ul, 1, &m, &n, c_(&al), c_(a), &lda, c_(b), &ldb, c_(&be), c_(c), &ldc);
 }
-inline void herk(const char* ul, const char* tr, int n, int k, double al, const cd* a, int lda,
-                 double be, cd* c, int ldc) {
+inline void herk(const char* ul, const char* tr, int n, int k, double al, const cd* a, int lda, double be,
+                 cd* c, int ldc) {
     qnum_zherk(ul, 1, tr, 1, &n, &k, &al, c_(a), &lda, &be, c_(c), &ldc);
 }
-inline void her2k(const char* ul, const char* tr, int n, int k, cd al, const cd* a, int lda,
-                  const cd* b, int ldb, double be, cd* c, int ldc) {
+inline void her2k(const char* ul, const char* tr, int n, int k, cd al, const cd* a, int lda, const cd* b,
+                  int ldb, double be, cd* c, int ldc) {
     qnum_zher2k(ul, 1, tr, 1, &n, &k, c_(&al), c_(a), &lda, c_(b), &ldb, &be, c_(c), &ldc);
 }
 
@@ -226,8 +226,7 @@ void fill_random(Mat<T>& m, std::mt19937& g) {
 
 template <class T>
 bool same_bits(const Mat<T>& a, const Mat<T>& b) {
-    return a.v.size() == b.v.size() &&
-           std::memcmp(a.v.data(), b.v.data(), a.v.size() * sizeof(T)) == 0;
+    return a.v.size() == b.v.size() && std::memcmp(a.v.data(), b.v.data(), a.v.size() * sizeof(T)) == 0;
 }
 
 // Element (i, j) of op(A), in reference arithmetic.
@@ -257,8 +256,7 @@ struct Expected {
 // Every element of the rows by cols part of c within its bound; the padding untouched.
 // `only(i, j)` selects the elements compared (a triangle); the others must keep `before`.
 template <class T, class Only>
-::testing::AssertionResult matches(const Mat<T>& c, const Mat<T>& before, Expected<T>& e,
-                                   Only only) {
+::testing::AssertionResult matches(const Mat<T>& c, const Mat<T>& before, Expected<T>& e, Only only) {
     for (int j = 0; j < c.cols; ++j)
         for (int i = 0; i < c.ld; ++i) {
             const T got = c.v[i + static_cast<std::size_t>(j) * c.ld];
@@ -273,8 +271,8 @@ template <class T, class Only>
             if (!(err <= e.tol(i, j)))
                 return ::testing::AssertionFailure()
                        << "element (" << i << ", " << j << "): got " << got << ", expected "
-                       << static_cast<T>(e.at(i, j)) << ", error " << static_cast<double>(err)
-                       << " > bound " << static_cast<double>(e.tol(i, j));
+                       << static_cast<T>(e.at(i, j)) << ", error " << static_cast<double>(err) << " > bound "
+                       << static_cast<double>(e.tol(i, j));
         }
     return ::testing::AssertionSuccess();
 }
@@ -319,9 +317,9 @@ inline std::vector<qnum::cpu::Path> paths() {
 }
 inline const char* path_name(qnum::cpu::Path p) {
     switch (p) {
-    case qnum::cpu::Path::Avx512: return "avx512";
-    case qnum::cpu::Path::Avx2: return "avx2";
-    default: return "portable";
+        case qnum::cpu::Path::Avx512: return "avx512";
+        case qnum::cpu::Path::Avx2: return "avx2";
+        default: return "portable";
     }
 }
 

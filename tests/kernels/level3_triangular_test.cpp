@@ -20,8 +20,7 @@ Mat<T> triangle(int n, char uplo, char diag, std::mt19937& g) {
         for (int i = 0; i < n; ++i)
             if (uplo == 'L' ? i > j : i < j) a(i, j) = random_value<T>(g);
     for (int i = 0; i < n; ++i)
-        a(i, i) = diag == 'U' ? nan_value<T>()
-                              : random_value<T>(g) + T(static_cast<Real<T>>(2 + n / 4.0));
+        a(i, i) = diag == 'U' ? nan_value<T>() : random_value<T>(g) + T(static_cast<Real<T>>(2 + n / 4.0));
     return a;
 }
 
@@ -29,8 +28,7 @@ Mat<T> triangle(int n, char uplo, char diag, std::mt19937& g) {
 template <class T>
 Ref<T> tri_elem(const Mat<T>& a, char uplo, char ta, char diag, int i, int j) {
     const int r = ta == 'N' ? i : j, c = ta == 'N' ? j : i;  // position in A
-    if (r == c)
-        return diag == 'U' ? Ref<T>(1) : (ta == 'C' ? cj(Ref<T>(a(r, c))) : Ref<T>(a(r, c)));
+    if (r == c) return diag == 'U' ? Ref<T>(1) : (ta == 'C' ? cj(Ref<T>(a(r, c))) : Ref<T>(a(r, c)));
     if (uplo == 'L' ? r < c : r > c) return Ref<T>(0);
     return ta == 'C' ? cj(Ref<T>(a(r, c))) : Ref<T>(a(r, c));
 }
@@ -52,8 +50,7 @@ std::vector<TriCase> tri_cases() {
 template <class T>
 std::vector<std::pair<int, int>> tri_shapes() {
     const auto e = active_engine<T>();
-    return {{0, 3},  {3, 0},  {1, 1},   {5, e.nr + 1},     {31, 2},
-            {2, 33}, {32, 7}, {65, 40}, {e.mr * 3 + 1, 97}};
+    return {{0, 3}, {3, 0}, {1, 1}, {5, e.nr + 1}, {31, 2}, {2, 33}, {32, 7}, {65, 40}, {e.mr * 3 + 1, 97}};
 }
 
 TYPED_TEST(Level3Triangular, ProductMatchesReference) {
@@ -63,8 +60,8 @@ TYPED_TEST(Level3Triangular, ProductMatchesReference) {
         ForcePath force(path);
         for (const TriCase& tc : tri_cases())
             for (auto [m, n] : tri_shapes<T>()) {
-                SCOPED_TRACE(::testing::Message() << path_name(path) << " " << tc.side << tc.uplo
-                                                  << tc.ta << tc.diag << " m=" << m << " n=" << n);
+                SCOPED_TRACE(::testing::Message() << path_name(path) << " " << tc.side << tc.uplo << tc.ta
+                                                  << tc.diag << " m=" << m << " n=" << n);
                 const int na = tc.side == 'L' ? m : n;
                 const Mat<T> a = triangle<T>(na, tc.uplo, tc.diag, g);
                 Mat<T> b(m, n, 2);
@@ -77,9 +74,8 @@ TYPED_TEST(Level3Triangular, ProductMatchesReference) {
                         long double abs_sum = 0;
                         for (int p = 0; p < na; ++p) {
                             const Ref<T> x =
-                                tc.side == 'L'
-                                    ? tri_elem(a, tc.uplo, tc.ta, tc.diag, i, p) * Ref<T>(b(p, j))
-                                    : Ref<T>(b(i, p)) * tri_elem(a, tc.uplo, tc.ta, tc.diag, p, j);
+                                tc.side == 'L' ? tri_elem(a, tc.uplo, tc.ta, tc.diag, i, p) * Ref<T>(b(p, j))
+                                               : Ref<T>(b(i, p)) * tri_elem(a, tc.uplo, tc.ta, tc.diag, p, j);
                             s += x;
                             abs_sum += std::abs(x);
                         }
@@ -88,8 +84,7 @@ TYPED_TEST(Level3Triangular, ProductMatchesReference) {
                                       std::numeric_limits<Real<T>>::min();
                     }
                 const Mat<T> before = b;
-                const char s[2] = {tc.side, 0}, u[2] = {tc.uplo, 0}, t[2] = {tc.ta, 0},
-                           d[2] = {tc.diag, 0};
+                const char s[2] = {tc.side, 0}, u[2] = {tc.uplo, 0}, t[2] = {tc.ta, 0}, d[2] = {tc.diag, 0};
                 trmm(s, u, t, d, m, n, alpha, a.data(), a.ld, b.data(), b.ld);
                 ASSERT_TRUE(matches(b, before, e));
             }
@@ -105,36 +100,32 @@ TYPED_TEST(Level3Triangular, SolveHasSmallResidual) {
         ForcePath force(path);
         for (const TriCase& tc : tri_cases())
             for (auto [m, n] : tri_shapes<T>()) {
-                SCOPED_TRACE(::testing::Message() << path_name(path) << " " << tc.side << tc.uplo
-                                                  << tc.ta << tc.diag << " m=" << m << " n=" << n);
+                SCOPED_TRACE(::testing::Message() << path_name(path) << " " << tc.side << tc.uplo << tc.ta
+                                                  << tc.diag << " m=" << m << " n=" << n);
                 const int na = tc.side == 'L' ? m : n;
                 const Mat<T> a = triangle<T>(na, tc.uplo, tc.diag, g);
                 Mat<T> b(m, n, 1);
                 fill_random(b, g);
                 const T alpha = T(1.5) + random_value<T>(g) * T(0.25);
                 const Mat<T> before = b;
-                const char s[2] = {tc.side, 0}, u[2] = {tc.uplo, 0}, t[2] = {tc.ta, 0},
-                           d[2] = {tc.diag, 0};
+                const char s[2] = {tc.side, 0}, u[2] = {tc.uplo, 0}, t[2] = {tc.ta, 0}, d[2] = {tc.diag, 0};
                 trsm(s, u, t, d, m, n, alpha, a.data(), a.ld, b.data(), b.ld);
                 for (int j = 0; j < b.cols; ++j)
-                    for (int i = m; i < b.ld; ++i)
-                        ASSERT_TRUE(is_nan(b(i, j))) << "padding written";
+                    for (int i = m; i < b.ld; ++i) ASSERT_TRUE(is_nan(b(i, j))) << "padding written";
                 for (int j = 0; j < n; ++j)
                     for (int i = 0; i < m; ++i) {
                         Ref<T> r = 0;
                         long double abs_sum = 0;
                         for (int p = 0; p < na; ++p) {
                             const Ref<T> x =
-                                tc.side == 'L'
-                                    ? tri_elem(a, tc.uplo, tc.ta, tc.diag, i, p) * Ref<T>(b(p, j))
-                                    : Ref<T>(b(i, p)) * tri_elem(a, tc.uplo, tc.ta, tc.diag, p, j);
+                                tc.side == 'L' ? tri_elem(a, tc.uplo, tc.ta, tc.diag, i, p) * Ref<T>(b(p, j))
+                                               : Ref<T>(b(i, p)) * tri_elem(a, tc.uplo, tc.ta, tc.diag, p, j);
                             r += x;
                             abs_sum += std::abs(x);
                         }
                         const long double err = std::abs(r - Ref<T>(alpha) * Ref<T>(before(i, j)));
-                        ASSERT_LE(err,
-                                  4.0L * (na + 2) * eps<T>() *
-                                      (abs_sum + std::abs(Ref<T>(alpha) * Ref<T>(before(i, j)))))
+                        ASSERT_LE(err, 4.0L * (na + 2) * eps<T>() *
+                                           (abs_sum + std::abs(Ref<T>(alpha) * Ref<T>(before(i, j)))))
                             << "row " << i << " column " << j;
                     }
             }

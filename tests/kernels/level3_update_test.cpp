@@ -36,28 +36,25 @@ void check_update(Kind kind, const char* uplo, const char* trans, int n, int k, 
     Expected<T> e = reference_product(left, right, n, n, k, alpha, a, two ? b : a, beta, c);
     if (two) {
         Mat<T> zero(n, n, 0, T(0));
-        Expected<T> e2 =
-            reference_product(left, right, n, n, k, herm ? cj(alpha) : alpha, b, a, T(0), zero);
-        for (std::size_t i = 0; i < e.value.size(); ++i)
-            e.value[i] += e2.value[i], e.bound[i] += e2.bound[i];
+        Expected<T> e2 = reference_product(left, right, n, n, k, herm ? cj(alpha) : alpha, b, a, T(0), zero);
+        for (std::size_t i = 0; i < e.value.size(); ++i) e.value[i] += e2.value[i], e.bound[i] += e2.bound[i];
     }
     if (herm)  // the diagonal is real, and its imaginary part exactly zero
         for (int i = 0; i < n; ++i) e.at(i, i) = std::real(e.at(i, i));
     const Mat<T> before = c;
     const Real<T> ra = std::real(alpha), rb = std::real(beta);
     switch (kind) {
-    case Kind::Syrk: syrk(uplo, trans, n, k, alpha, a.data(), a.ld, beta, c.data(), c.ld); break;
-    case Kind::Syr2k:
-        syr2k(uplo, trans, n, k, alpha, a.data(), a.ld, b.data(), b.ld, beta, c.data(), c.ld);
-        break;
-    case Kind::Herk:
-        if constexpr (is_complex<T>)
-            herk(uplo, trans, n, k, ra, a.data(), a.ld, rb, c.data(), c.ld);
-        break;
-    case Kind::Her2k:
-        if constexpr (is_complex<T>)
-            her2k(uplo, trans, n, k, alpha, a.data(), a.ld, b.data(), b.ld, rb, c.data(), c.ld);
-        break;
+        case Kind::Syrk: syrk(uplo, trans, n, k, alpha, a.data(), a.ld, beta, c.data(), c.ld); break;
+        case Kind::Syr2k:
+            syr2k(uplo, trans, n, k, alpha, a.data(), a.ld, b.data(), b.ld, beta, c.data(), c.ld);
+            break;
+        case Kind::Herk:
+            if constexpr (is_complex<T>) herk(uplo, trans, n, k, ra, a.data(), a.ld, rb, c.data(), c.ld);
+            break;
+        case Kind::Her2k:
+            if constexpr (is_complex<T>)
+                her2k(uplo, trans, n, k, alpha, a.data(), a.ld, b.data(), b.ld, rb, c.data(), c.ld);
+            break;
     }
     const bool lower = uplo[0] == 'L' || uplo[0] == 'l';
     ASSERT_TRUE(matches(c, before, e, [&](int i, int j) { return lower ? i >= j : i <= j; }));
@@ -99,16 +96,10 @@ TYPED_TEST(Level3Update, MatchesReferenceInItsTriangleOnly) {
         ForcePath force(path);
         const auto en = active_engine<T>();
         for (const UpdateCase& uc : cases<T>())
-            for (auto [n, k] : {std::pair{1, 1},
-                                {3, 0},
-                                {7, 5},
-                                {31, 3},
-                                {32, 2},
-                                {33, en.kc + 1},
-                                {2 * en.mr + 67, 9}}) {
-                SCOPED_TRACE(::testing::Message()
-                             << path_name(path) << " kind " << static_cast<int>(uc.kind) << " "
-                             << uc.uplo << uc.trans << " n=" << n << " k=" << k);
+            for (auto [n, k] :
+                 {std::pair{1, 1}, {3, 0}, {7, 5}, {31, 3}, {32, 2}, {33, en.kc + 1}, {2 * en.mr + 67, 9}}) {
+                SCOPED_TRACE(::testing::Message() << path_name(path) << " kind " << static_cast<int>(uc.kind)
+                                                  << " " << uc.uplo << uc.trans << " n=" << n << " k=" << k);
                 const bool herm = uc.kind == Kind::Herk || uc.kind == Kind::Her2k;
                 // Hermitian updates take a real beta, herk a real alpha too.
                 const T alpha = uc.kind == Kind::Herk ? T(0.75) : complex_or_real<T>(0.75, -0.5);
@@ -135,23 +126,19 @@ TYPED_TEST(Level3Update, SpecialAlphaAndBeta) {
         c(2, 2) = nan_value<T>();
         const Mat<T> before = c;
         switch (uc.kind) {
-        case Kind::Syrk:
-            syrk(uc.uplo, uc.trans, n, k, T(0), a.data(), a.ld, T(1), c.data(), c.ld);
-            break;
-        case Kind::Syr2k:
-            syr2k(uc.uplo, uc.trans, n, k, T(0), a.data(), a.ld, a.data(), a.ld, T(1), c.data(),
-                  c.ld);
-            break;
-        case Kind::Herk:
-            if constexpr (is_complex<T>)
-                herk(uc.uplo, uc.trans, n, k, Real<T>(0), a.data(), a.ld, Real<T>(1), c.data(),
-                     c.ld);
-            break;
-        case Kind::Her2k:
-            if constexpr (is_complex<T>)
-                her2k(uc.uplo, uc.trans, n, k, T(0), a.data(), a.ld, a.data(), a.ld, Real<T>(1),
-                      c.data(), c.ld);
-            break;
+            case Kind::Syrk: syrk(uc.uplo, uc.trans, n, k, T(0), a.data(), a.ld, T(1), c.data(), c.ld); break;
+            case Kind::Syr2k:
+                syr2k(uc.uplo, uc.trans, n, k, T(0), a.data(), a.ld, a.data(), a.ld, T(1), c.data(), c.ld);
+                break;
+            case Kind::Herk:
+                if constexpr (is_complex<T>)
+                    herk(uc.uplo, uc.trans, n, k, Real<T>(0), a.data(), a.ld, Real<T>(1), c.data(), c.ld);
+                break;
+            case Kind::Her2k:
+                if constexpr (is_complex<T>)
+                    her2k(uc.uplo, uc.trans, n, k, T(0), a.data(), a.ld, a.data(), a.ld, Real<T>(1), c.data(),
+                          c.ld);
+                break;
         }
         EXPECT_TRUE(same_bits(c, before));
     }
