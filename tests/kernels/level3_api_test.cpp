@@ -146,7 +146,6 @@ TEST(Level3Options, FirstCharacterInEitherCase) {
     double c1[4], c2[4];
     qnum_dgemm("T", 1, "N", 1, &m, &n, &k, &one, a, &ld, b, &ld, &zero, c1, &ld);
     qnum_dgemm("transpose", 0, "no", 99, &m, &n, &k, &one, a, &ld, b, &ld, &zero, c2, &ld);
-    EXPECT_EQ(last_type(), 0);
     EXPECT_EQ(std::memcmp(c1, c2, sizeof c1), 0);
     EXPECT_EQ(c1[0], 1 * 5 + 2 * 6);
     double t1[4] = {1, 1, 1, 1}, t2[4] = {1, 1, 1, 1};
