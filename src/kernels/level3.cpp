@@ -152,11 +152,11 @@ void dense_triangle(char uplo, char ta, char diag, int nb, const T* a, int lda, 
         for (Index i = 0; i < nb; ++i) {
             T v = T(0);
             if (i == j) {
-                v = diag == 'U' ? T(1) : ta == 'C' ? conj_if(a[i + i * lda]) : a[i + i * lda];
+                v = diag == 'U' ? T(1) : ta == 'C' ? conjugate(a[i + i * lda]) : a[i + i * lda];
                 if (inverse && diag != 'U') v = T(1) / v;
             } else if (lower ? i > j : i < j) {
                 v = ta == 'N' ? a[i + j * lda] : a[j + i * lda];
-                if (ta == 'C') v = conj_if(v);
+                if (ta == 'C') v = conjugate(v);
             }
             t[i + j * leaf] = v;
         }
@@ -403,7 +403,7 @@ void her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, co
                              : 'T',
                 herm,
                 k,
-                {{a, lda, b, ldb, alpha}, {b, ldb, a, lda, conj_if(alpha)}},
+                {{a, lda, b, ldb, alpha}, {b, ldb, a, lda, conjugate(alpha)}},
                 2,
                 T(beta),
                 c,

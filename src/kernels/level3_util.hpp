@@ -13,7 +13,7 @@ using Index = std::ptrdiff_t;
 
 // conj(x) for complex T, x for real T.
 template <class T>
-inline T conj_if(T x) {
+inline T conjugate(T x) {
     if constexpr (is_complex_v<T>)  // only complex numbers have a conjugate
         return std::conj(x);
     else
