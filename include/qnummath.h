@@ -563,7 +563,191 @@ QNUM_API void qnum_zhpr2(const char* uplo, int uplo_len, const int* n, const qnu
  * followed by its length passed by value)
  * ------------------------------------------------------------------------------------------ */
 
-/* (kernels: level 3) */
+/* All matrices are column-major with a leading dimension; every scalar and size is passed by
+ * address, and each option string is followed by its length (an int, by value, not used).
+ * Only the first character of an option counts, in either case: TRANS (TRANSA, TRANSB) N, T or
+ * C (conjugate transpose); UPLO U or L (the triangle that is referenced); SIDE L or R (the
+ * symmetric or triangular matrix multiplies from the left or right); DIAG U (unit diagonal,
+ * not read) or N. The results are those of the published BLAS definitions. beta = 0 assigns
+ * C, so a NaN in C does not survive; alpha = 0 with beta = 1 leaves C as it was, bit for bit.
+ * Arrays must not overlap the output. The kernels are re-entrant: many threads may call them
+ * at once (with signal trapping off, as for every routine).
+ *
+ * Errors (TERMINAL, raised under the kernel's name, nothing written), checked in this order,
+ * the first failure only: 2033 M < 0; 2014 N < 0; 14101 K < 0; 14100 SIDE not L or R; 2017
+ * UPLO not U or L; 1019 TRANS not N, T or C (14105: not N or T for csyrk, zsyrk, csyr2k,
+ * zsyr2k; 14106: not N or C for cherk, zherk, cher2k, zher2k); 2040 DIAG not U or N; 14102,
+ * 14103, 14104 LDA, LDB, LDC below the number of rows of the array (i1 = the leading
+ * dimension, i2 = the rows) or below 1. TERMINAL 201 if the packing workspace cannot be
+ * allocated. */
+
+/* C = alpha op(A) op(B) + beta C; C m by n, op(A) m by k, op(B) k by n. */
+QNUM_API void qnum_sgemm(const char* transa, int transa_len, const char* transb, int transb_len,
+                         const int* m, const int* n, const int* k, const float* alpha,
+                         const float* a, const int* lda, const float* b, const int* ldb,
+                         const float* beta, float* c, const int* ldc);
+QNUM_API void qnum_dgemm(const char* transa, int transa_len, const char* transb, int transb_len,
+                         const int* m, const int* n, const int* k, const double* alpha,
+                         const double* a, const int* lda, const double* b, const int* ldb,
+                         const double* beta, double* c, const int* ldc);
+QNUM_API void qnum_cgemm(const char* transa, int transa_len, const char* transb, int transb_len,
+                         const int* m, const int* n, const int* k, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* b,
+                         const int* ldb, const qnum_f_complex* beta, qnum_f_complex* c,
+                         const int* ldc);
+QNUM_API void qnum_zgemm(const char* transa, int transa_len, const char* transb, int transb_len,
+                         const int* m, const int* n, const int* k, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* b,
+                         const int* ldb, const qnum_d_complex* beta, qnum_d_complex* c,
+                         const int* ldc);
+
+/* C = alpha A B + beta C (SIDE L, A m by m) or alpha B A + beta C (SIDE R, A n by n); A
+ * symmetric (hemm: Hermitian, the imaginary parts of its diagonal taken as zero), only its
+ * UPLO triangle read. */
+QNUM_API void qnum_ssymm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const int* m, const int* n, const float* alpha, const float* a,
+                         const int* lda, const float* b, const int* ldb, const float* beta,
+                         float* c, const int* ldc);
+QNUM_API void qnum_dsymm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const int* m, const int* n, const double* alpha, const double* a,
+                         const int* lda, const double* b, const int* ldb, const double* beta,
+                         double* c, const int* ldc);
+QNUM_API void qnum_csymm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const int* m, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* b,
+                         const int* ldb, const qnum_f_complex* beta, qnum_f_complex* c,
+                         const int* ldc);
+QNUM_API void qnum_zsymm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const int* m, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* b,
+                         const int* ldb, const qnum_d_complex* beta, qnum_d_complex* c,
+                         const int* ldc);
+QNUM_API void qnum_chemm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const int* m, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* b,
+                         const int* ldb, const qnum_f_complex* beta, qnum_f_complex* c,
+                         const int* ldc);
+QNUM_API void qnum_zhemm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const int* m, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* b,
+                         const int* ldb, const qnum_d_complex* beta, qnum_d_complex* c,
+                         const int* ldc);
+
+/* The UPLO triangle of the n by n C = alpha A A^T + beta C (TRANS N, A n by k) or
+ * alpha A^T A + beta C (TRANS T, A k by n). herk: A^H for A^T, TRANS N or C, real alpha and
+ * beta, and the diagonal of C comes out real. */
+QNUM_API void qnum_ssyrk(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                         const int* n, const int* k, const float* alpha, const float* a,
+                         const int* lda, const float* beta, float* c, const int* ldc);
+QNUM_API void qnum_dsyrk(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                         const int* n, const int* k, const double* alpha, const double* a,
+                         const int* lda, const double* beta, double* c, const int* ldc);
+QNUM_API void qnum_csyrk(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                         const int* n, const int* k, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, const qnum_f_complex* beta,
+                         qnum_f_complex* c, const int* ldc);
+QNUM_API void qnum_zsyrk(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                         const int* n, const int* k, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, const qnum_d_complex* beta,
+                         qnum_d_complex* c, const int* ldc);
+QNUM_API void qnum_cherk(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                         const int* n, const int* k, const float* alpha, const qnum_f_complex* a,
+                         const int* lda, const float* beta, qnum_f_complex* c, const int* ldc);
+QNUM_API void qnum_zherk(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                         const int* n, const int* k, const double* alpha, const qnum_d_complex* a,
+                         const int* lda, const double* beta, qnum_d_complex* c, const int* ldc);
+
+/* The UPLO triangle of C = alpha A B^T + alpha B A^T + beta C (TRANS N; A, B n by k) or
+ * alpha A^T B + alpha B^T A + beta C (TRANS T; A, B k by n). her2k: alpha A B^H +
+ * conj(alpha) B A^H + beta C (TRANS N) or alpha A^H B + conj(alpha) B^H A + beta C (TRANS C),
+ * real beta, real diagonal. */
+QNUM_API void qnum_ssyr2k(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                          const int* n, const int* k, const float* alpha, const float* a,
+                          const int* lda, const float* b, const int* ldb, const float* beta,
+                          float* c, const int* ldc);
+QNUM_API void qnum_dsyr2k(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                          const int* n, const int* k, const double* alpha, const double* a,
+                          const int* lda, const double* b, const int* ldb, const double* beta,
+                          double* c, const int* ldc);
+QNUM_API void qnum_csyr2k(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                          const int* n, const int* k, const qnum_f_complex* alpha,
+                          const qnum_f_complex* a, const int* lda, const qnum_f_complex* b,
+                          const int* ldb, const qnum_f_complex* beta, qnum_f_complex* c,
+                          const int* ldc);
+QNUM_API void qnum_zsyr2k(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                          const int* n, const int* k, const qnum_d_complex* alpha,
+                          const qnum_d_complex* a, const int* lda, const qnum_d_complex* b,
+                          const int* ldb, const qnum_d_complex* beta, qnum_d_complex* c,
+                          const int* ldc);
+QNUM_API void qnum_cher2k(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                          const int* n, const int* k, const qnum_f_complex* alpha,
+                          const qnum_f_complex* a, const int* lda, const qnum_f_complex* b,
+                          const int* ldb, const float* beta, qnum_f_complex* c, const int* ldc);
+QNUM_API void qnum_zher2k(const char* uplo, int uplo_len, const char* trans, int trans_len,
+                          const int* n, const int* k, const qnum_d_complex* alpha,
+                          const qnum_d_complex* a, const int* lda, const qnum_d_complex* b,
+                          const int* ldb, const double* beta, qnum_d_complex* c, const int* ldc);
+
+/* trmm: B = alpha op(A) B (SIDE L, A m by m) or alpha B op(A) (SIDE R, A n by n), A
+ * triangular, B m by n. trsm: solves op(A) X = alpha B (SIDE L) or X op(A) = alpha B (SIDE R)
+ * and overwrites B with X; a zero on a non-unit diagonal is not tested for and gives
+ * infinities or NaNs. alpha = 0 sets B to zero without reading A. */
+QNUM_API void qnum_strmm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const float* alpha, const float* a,
+                         const int* lda, float* b, const int* ldb);
+QNUM_API void qnum_dtrmm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const double* alpha, const double* a,
+                         const int* lda, double* b, const int* ldb);
+QNUM_API void qnum_ctrmm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, qnum_f_complex* b,
+                         const int* ldb);
+QNUM_API void qnum_ztrmm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, qnum_d_complex* b,
+                         const int* ldb);
+QNUM_API void qnum_strsm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const float* alpha, const float* a,
+                         const int* lda, float* b, const int* ldb);
+QNUM_API void qnum_dtrsm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const double* alpha, const double* a,
+                         const int* lda, double* b, const int* ldb);
+QNUM_API void qnum_ctrsm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const qnum_f_complex* alpha,
+                         const qnum_f_complex* a, const int* lda, qnum_f_complex* b,
+                         const int* ldb);
+QNUM_API void qnum_ztrsm(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const qnum_d_complex* alpha,
+                         const qnum_d_complex* a, const int* lda, qnum_d_complex* b,
+                         const int* ldb);
+
+/* Numbered Level 3 kernels: qnum_20725 is qnum_sgemm and qnum_20726 qnum_dgemm; qnum_20743
+ * is qnum_strsm and qnum_20744 qnum_dtrsm (same arguments, same errors, reported under the
+ * names qnum_sgemm, qnum_dgemm, qnum_strsm, qnum_dtrsm). */
+QNUM_API void qnum_20725(const char* transa, int transa_len, const char* transb, int transb_len,
+                         const int* m, const int* n, const int* k, const float* alpha,
+                         const float* a, const int* lda, const float* b, const int* ldb,
+                         const float* beta, float* c, const int* ldc);
+QNUM_API void qnum_20726(const char* transa, int transa_len, const char* transb, int transb_len,
+                         const int* m, const int* n, const int* k, const double* alpha,
+                         const double* a, const int* lda, const double* b, const int* ldb,
+                         const double* beta, double* c, const int* ldc);
+QNUM_API void qnum_20743(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const float* alpha, const float* a,
+                         const int* lda, float* b, const int* ldb);
+QNUM_API void qnum_20744(const char* side, int side_len, const char* uplo, int uplo_len,
+                         const char* transa, int transa_len, const char* diag, int diag_len,
+                         const int* m, const int* n, const double* alpha, const double* a,
+                         const int* lda, double* b, const int* ldb);
 
 /* ------------------------------------------------------------------------------------------
  * Uniform random numbers
