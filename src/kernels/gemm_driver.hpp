@@ -52,6 +52,7 @@ void micro_real(Index kc, const typename V::R* a, const typename V::R* b, typena
                 const typename V::R* alpha, const typename V::R* beta) {
     using reg = typename V::reg;
     constexpr int W = V::w;
+    constexpr int PF_A = 8;  // steps ahead at which the A sliver is prefetched from L2
     reg acc[MV][NR];
 #pragma GCC unroll 32
     for (int j = 0; j < NR; ++j) {
@@ -65,10 +66,14 @@ void micro_real(Index kc, const typename V::R* a, const typename V::R* b, typena
         __builtin_prefetch(c + j * ldc, 1);
         __builtin_prefetch(c + j * ldc + MV * W - 1, 1);
     }
+#pragma GCC unroll 4
     for (Index p = 0; p < kc; ++p) {
         reg av[MV];
 #pragma GCC unroll 8
-        for (int v = 0; v < MV; ++v) av[v] = V::load(a + v * W);
+        for (int v = 0; v < MV; ++v) {
+            __builtin_prefetch(a + (PF_A * MV + v) * W);
+            av[v] = V::load(a + v * W);
+        }
 #pragma GCC unroll 32
         for (int j = 0; j < NR; ++j) {
             reg bj = V::bcast(b + j);
