@@ -412,9 +412,12 @@ void her2k(char uplo, char trans, int n, int k, T alpha, const T* a, int lda, co
     rank_update(u, n);
 }
 
+// What trmm and trsm share: quick returns, the triangle's description and the workspace; then
+// the recursion on the side that applies.
 template <class T>
-void trmm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda, T* b,
-          int ldb) {
+void triangular_op(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda, T* b,
+                   int ldb, void (*left)(const Tri<T>&, Index, int, int, T, T*, int),
+                   void (*right)(const Tri<T>&, Index, int, int, T, T*, int)) {
     if (m == 0 || n == 0) return;
     if (alpha == T(0)) {
         scale(m, n, T(0), b, ldb);
@@ -424,28 +427,19 @@ void trmm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const
     const bool lower = (uplo == 'L') == (ta == 'N');
     const Tri<T> A{uplo, ta, diag, a, lda, lower};
     if (!gemm_impl::reserve<T>()) return;
-    if (side == 'L')
-        trmm_left(A, 0, m, n, alpha, b, ldb);
-    else
-        trmm_right(A, 0, m, n, alpha, b, ldb);
+    (side == 'L' ? left : right)(A, 0, m, n, alpha, b, ldb);
+}
+
+template <class T>
+void trmm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda, T* b,
+          int ldb) {
+    triangular_op<T>(side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb, trmm_left<T>, trmm_right<T>);
 }
 
 template <class T>
 void trsm(char side, char uplo, char ta, char diag, int m, int n, T alpha, const T* a, int lda, T* b,
           int ldb) {
-    if (m == 0 || n == 0) return;
-    if (alpha == T(0)) {
-        scale(m, n, T(0), b, ldb);
-        return;
-    }
-    if (!is_complex_v<T> && ta == 'C') ta = 'T';
-    const bool lower = (uplo == 'L') == (ta == 'N');
-    const Tri<T> A{uplo, ta, diag, a, lda, lower};
-    if (!gemm_impl::reserve<T>()) return;
-    if (side == 'L')
-        trsm_left(A, 0, m, n, alpha, b, ldb);
-    else
-        trsm_right(A, 0, m, n, alpha, b, ldb);
+    triangular_op<T>(side, uplo, ta, diag, m, n, alpha, a, lda, b, ldb, trsm_left<T>, trsm_right<T>);
 }
 
 #define QNUM_LEVEL3_INSTANTIATE(T)                                                                   \
