@@ -53,6 +53,21 @@ std::vector<std::pair<int, int>> tri_shapes() {
     return {{0, 3}, {3, 0}, {1, 1}, {5, e.nr + 1}, {31, 2}, {2, 33}, {32, 7}, {65, 40}, {e.mr * 3 + 1, 97}};
 }
 
+// (op(A) X)(i, j) for the left side, (X op(A))(i, j) for the right, in long double, with the
+// sum of the magnitudes of its terms added to abs_sum.
+template <class T>
+Ref<T> tri_product(const Mat<T>& a, const TriCase& tc, const Mat<T>& x, int na, int i, int j,
+                   long double& abs_sum) {
+    Ref<T> s = 0;
+    for (int p = 0; p < na; ++p) {
+        const Ref<T> t = tc.side == 'L' ? tri_elem(a, tc.uplo, tc.ta, tc.diag, i, p) * Ref<T>(x(p, j))
+                                        : Ref<T>(x(i, p)) * tri_elem(a, tc.uplo, tc.ta, tc.diag, p, j);
+        s += t;
+        abs_sum += std::abs(t);
+    }
+    return s;
+}
+
 TYPED_TEST(Level3Triangular, ProductMatchesReference) {
     using T = TypeParam;
     std::mt19937 g(31);
@@ -70,15 +85,8 @@ TYPED_TEST(Level3Triangular, ProductMatchesReference) {
                 Expected<T> e(m, n);
                 for (int j = 0; j < n; ++j)
                     for (int i = 0; i < m; ++i) {
-                        Ref<T> s = 0;
                         long double abs_sum = 0;
-                        for (int p = 0; p < na; ++p) {
-                            const Ref<T> x =
-                                tc.side == 'L' ? tri_elem(a, tc.uplo, tc.ta, tc.diag, i, p) * Ref<T>(b(p, j))
-                                               : Ref<T>(b(i, p)) * tri_elem(a, tc.uplo, tc.ta, tc.diag, p, j);
-                            s += x;
-                            abs_sum += std::abs(x);
-                        }
+                        const Ref<T> s = tri_product(a, tc, b, na, i, j, abs_sum);
                         e.at(i, j) = Ref<T>(alpha) * s;
                         e.tol(i, j) = 4.0L * (na + 2) * eps<T>() * std::abs(alpha) * abs_sum +
                                       std::numeric_limits<Real<T>>::min();
@@ -114,15 +122,8 @@ TYPED_TEST(Level3Triangular, SolveHasSmallResidual) {
                     for (int i = m; i < b.ld; ++i) ASSERT_TRUE(is_nan(b(i, j))) << "padding written";
                 for (int j = 0; j < n; ++j)
                     for (int i = 0; i < m; ++i) {
-                        Ref<T> r = 0;
                         long double abs_sum = 0;
-                        for (int p = 0; p < na; ++p) {
-                            const Ref<T> x =
-                                tc.side == 'L' ? tri_elem(a, tc.uplo, tc.ta, tc.diag, i, p) * Ref<T>(b(p, j))
-                                               : Ref<T>(b(i, p)) * tri_elem(a, tc.uplo, tc.ta, tc.diag, p, j);
-                            r += x;
-                            abs_sum += std::abs(x);
-                        }
+                        const Ref<T> r = tri_product(a, tc, b, na, i, j, abs_sum);
                         const long double err = std::abs(r - Ref<T>(alpha) * Ref<T>(before(i, j)));
                         ASSERT_LE(err, 4.0L * (na + 2) * eps<T>() *
                                            (abs_sum + std::abs(Ref<T>(alpha) * Ref<T>(before(i, j)))))
