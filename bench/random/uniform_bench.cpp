@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 #include "qnummath.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "frame/frame.hpp"
 #include "frame/registry.hpp"
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 #include "kernels/gemm_engine.hpp"
 #include "kernels/level3_util.hpp"
 

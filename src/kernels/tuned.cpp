@@ -1,7 +1,7 @@
 // Choice of the tuned kernel table for the path that the CPU detection names.
 #include "kernels/tuned.hpp"
 
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 
 namespace qnum::kern::tuned {
 

@@ -2,7 +2,7 @@
 // to the tuned ones.
 #include "random/uniform_kernels.hpp"
 
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 
 namespace qnum::random::kern {
 

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "frame/prec.hpp"
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 
 namespace qnum::test {
 

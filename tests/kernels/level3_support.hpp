@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "frame/prec.hpp"
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 #include "kernels/gemm_engine.hpp"
 #include "qnummath.h"
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 #include "random/uniform_kernels.hpp"
 #include "random_test.hpp"
 

@@ -1,4 +1,5 @@
-// Run-time CPU detection for the tuned kernels, with a switch that tests use to force a path.
+// Run-time CPU detection for the tuned paths of every subsystem, with a switch that tests
+// use to force a path.
 #pragma once
 
 namespace qnum::cpu {

@@ -1,6 +1,6 @@
-// Run-time CPU detection: the tuned kernels are compiled for their instruction sets in files
+// Run-time CPU detection: tuned paths are compiled for their instruction sets in files
 // of their own and chosen here, so the library runs on any x86-64 machine.
-#include "kernels/cpu.hpp"
+#include "frame/cpu.hpp"
 
 #include <atomic>
 
