@@ -101,6 +101,10 @@ QNUM_API void qnum_error_options(int option, ...);
 #define QNUM_SET_ERROR_FILE 10194      /* FILE*: error output of this thread */
 #define QNUM_ERROR_PRINT_PROC 10195    /* qnum_error_printer, or NULL for the stream printer */
 #define QNUM_SET_ERROR_PATH 10196      /* const char*: catalogue search path of this thread */
+/* The catalogue qnumerr.bin is looked for along the ';'-separated path of QNUM_SET_ERROR_PATH,
+ * else of the environment variable QNUMERRPATH, each searched alone and exactly as written;
+ * when neither is set, along ".;$LIB;/lib;c:/lib" and then the library's own folder. A
+ * catalogue that is not found is announced once and every error keeps a generic text. */
 #define QNUM_SET_ERROR_FILE_NAME 10197 /* const char*: catalogue file name */
 #define QNUM_GET_ERROR_FILE 10210      /* FILE** */
 #define QNUM_FULL_TRACEBACK 10301      /* int: nonzero lists every level */

@@ -97,12 +97,17 @@ void announce_failure(Context* c, const char* name, const char* reason) {
     }
 }
 
-void fail_load(Context* c, const char* reason) {
+// The tables of a loaded catalogue, released when the library is unloaded.
+void release_tables() {
     if (fd >= 0) ::close(fd);
     fd = -1;
     std::free(codes);
     std::free(blocks);
     codes = blocks = nullptr;
+}
+
+void fail_load(Context* c, const char* reason) {
+    release_tables();
     c->catalogue.reason = reason;
     state.store(1, std::memory_order_release);
     announce_failure(c, c->catalogue.file_name, reason);
@@ -113,13 +118,17 @@ void load() {
     const char* path = c->catalogue.search_path;
     if (path == nullptr && platform::get_env("QNUMERRPATH", c->catalogue.env_path, 261) > 0)
         path = c->catalogue.env_path;
-    if (path == nullptr) path = default_path;
+    // A path the caller or the environment names is searched alone, exactly as written, so a
+    // catalogue that is not where it was said to be gets announced.
+    const bool named = path != nullptr;
+    if (!named) path = default_path;
     char expanded[2048];
     expand_path(path, expanded, sizeof expanded);
     const char* name = c->catalogue.file_name ? c->catalogue.file_name : default_name;
     bool found = platform::search_path(expanded, name, found_path, sizeof found_path);
-    if (!found) {
-        // Last, the folder of the library itself: an installed catalogue sits beside it.
+    if (!found && !named) {
+        // The default path ends with the folder of the library itself: an installed
+        // catalogue sits beside it.
         char dir[1024];
         found = platform::library_directory(dir, sizeof dir) &&
                 platform::search_path(dir, name, found_path, sizeof found_path);
@@ -157,6 +166,7 @@ void load() {
         std::size_t bytes = static_cast<std::size_t>(blocks[i + 1] - blocks[i] + 1) << shift;
         if (bytes > largest_record) largest_record = bytes;
     }
+    registry::at_unload(release_tables);
     state.store(2, std::memory_order_release);
 }
 

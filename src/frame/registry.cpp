@@ -32,6 +32,8 @@ platform::Mutex list_lock;
 platform::Mutex once_lock;
 platform::Mutex output_mutex;
 platform::Mutex startup_lock;
+void (*unload_hooks[8])() = {};
+int unload_hook_count = 0;
 
 void thread_exit(void* array_ptr);
 
@@ -92,26 +94,39 @@ int startup() {
     return ok;
 }
 
+// At a real unload (the other threads joined) everything is freed. While the process exits,
+// other threads may still be inside the library: their values, the key and the tables stay
+// as they are, for the operating system to reclaim, since freeing them would pull memory
+// from under running code. Only the calling thread's values go then.
 void shutdown() {
     platform::Lock guard(startup_lock);
     if (!started.load(std::memory_order_relaxed)) return;
-    {
-        platform::Lock lock(list_lock);
-        for (int i = 0; i < list_count; ++i) {
-            if (list[i].thread == 0) continue;
-            int k = list[i].key;
-            Destructor d = (k > 0 && k < capacity) ? destructors[k] : nullptr;
-            if (d) d(list[i].value);
-            list[i].thread = 0;
-        }
-        // The calling thread's array is freed here; the arrays of threads still running are
-        // theirs until they exit (their values have been destroyed above).
-        std::free(platform::tls_get(slot));
-        platform::tls_set(slot, nullptr);
-        started.store(false, std::memory_order_release);
-        platform::tls_free(slot);
-        cleanup_tables();
+    platform::Lock lock(list_lock);
+    unsigned long me = platform::thread_id();
+    bool others_live = false;
+    for (int i = 0; i < list_count; ++i)
+        if (list[i].thread != 0 && list[i].thread != me) others_live = true;
+    for (int i = 0; i < list_count; ++i) {
+        if (list[i].thread != me) continue;
+        int k = list[i].key;
+        Destructor d = (k > 0 && k < capacity) ? destructors[k] : nullptr;
+        if (d) d(list[i].value);
+        list[i].thread = 0;
     }
+    Word* array = static_cast<Word*>(platform::tls_get(slot));
+    if (array != nullptr) std::memset(array + 1, 0, (array[0] - 1) * sizeof(Word));
+    if (others_live) return;
+    while (unload_hook_count > 0) unload_hooks[--unload_hook_count]();
+    std::free(array);
+    platform::tls_set(slot, nullptr);
+    started.store(false, std::memory_order_release);
+    platform::tls_free(slot);
+    cleanup_tables();
+}
+
+void at_unload(void (*fn)()) {
+    platform::Lock guard(startup_lock);
+    if (unload_hook_count < 8) unload_hooks[unload_hook_count++] = fn;
 }
 
 int key_create(int* key, Destructor destructor) {

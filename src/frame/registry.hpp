@@ -20,6 +20,10 @@ inline constexpr int no_memory = 12;
 int startup();
 void shutdown();
 
+// Registers fn to run at a real unload, after every thread's values are gone; never while
+// other threads may still use the library. Process-wide tables release themselves this way.
+void at_unload(void (*fn)());
+
 int key_create(int* key, Destructor destructor);
 int set_value(int key, void* value);
 void* get_value(int key);

@@ -1,0 +1,103 @@
+// The library as a program linked against the shared object meets it: exit and unload while
+// other threads work, and the catalogue search with and without a named path.
+#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Outcome {
+    int status;          // raw wait status
+    std::string err;  // what the program wrote to standard error
+};
+
+// Runs program with args in folder cwd; env entries "NAME=value" are set, "NAME" alone unset.
+Outcome run(const char* program, std::vector<std::string> args, const std::string& cwd = ".",
+        const std::vector<std::string>& env = {}) {
+    char out[] = "/tmp/qnum_user_program_XXXXXX";
+    int fd = mkstemp(out);
+    args.insert(args.begin(), program);
+    pid_t pid = fork();
+    if (pid == 0) {
+        dup2(fd, 2);
+        if (chdir(cwd.c_str()) != 0) _exit(126);
+        for (const auto& e : env) {
+            auto eq = e.find('=');
+            if (eq == std::string::npos) unsetenv(e.c_str());
+            else setenv(e.substr(0, eq).c_str(), e.substr(eq + 1).c_str(), 1);
+        }
+        std::vector<char*> argv;
+        for (auto& a : args) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+    Outcome r{0, {}};
+    waitpid(pid, &r.status, 0);
+    close(fd);
+    std::ifstream in(out);
+    std::stringstream s;
+    s << in.rdbuf();
+    r.err = s.str();
+    unlink(out);
+    return r;
+}
+
+struct ExitCase {
+    const char* mode;
+    int status;
+    int runs;
+};
+
+TEST(UserProgram, BusyThreadsNeverTurnExitIntoASignal) {
+    for (ExitCase c : {ExitCase{"exit", 0, 100}, ExitCase{"stop", 5, 30}}) {
+        for (int i = 0; i < c.runs; ++i) {
+            Outcome r = run(QNUM_USER_PROGRAM, {c.mode});
+            ASSERT_FALSE(WIFSIGNALED(r.status)) << c.mode << " run " << i << ": signal " << WTERMSIG(r.status);
+            ASSERT_EQ(WEXITSTATUS(r.status), c.status) << c.mode << " run " << i << "\n" << r.err;
+        }
+    }
+}
+
+// Each cycle loads the library, uses it from three threads (every thread gets a context, an
+// error stack with buffers, random state and packing buffers), joins them and unloads it. In
+// the sanitizer build the program's exit runs the leak check, which fails the status on a leak.
+TEST(UserProgram, LoadUseJoinUnloadCyclesLeakNothing) {
+    Outcome r = run(QNUM_UNLOAD_PROGRAM, {QNUM_SHARED_LIBRARY, "50"});
+    ASSERT_TRUE(WIFEXITED(r.status)) << r.err;
+    EXPECT_EQ(WEXITSTATUS(r.status), 0) << r.err;
+}
+
+// The shared library sits beside qnumerr.bin in the build folder; the program runs in an empty
+// folder, so only the library's own folder can supply the catalogue.
+TEST(UserProgram, LibraryFolderEndsOnlyTheDefaultPath) {
+    char empty[] = "/tmp/qnum_empty_XXXXXX";
+    ASSERT_NE(mkdtemp(empty), nullptr);
+    const std::string announcement = "Error in reading qnumerr.bin\nFile not found.\n";
+    const std::string catalogue_text = "must lie between";
+    struct Case {
+        const char* what;
+        std::vector<std::string> env;
+        bool found;
+    } cases[] = {
+        {"default path", {"QNUMERRPATH", "LIB"}, true},
+        {"QNUMERRPATH names an empty folder", {std::string("QNUMERRPATH=") + empty}, false},
+        {"QNUMERRPATH names the catalogue's folder", {"QNUMERRPATH=" QNUM_BUILD_DIR}, true},
+    };
+    for (const Case& c : cases) {
+        Outcome r = run(QNUM_USER_PROGRAM, {"message"}, empty, c.env);
+        ASSERT_TRUE(WIFEXITED(r.status) && WEXITSTATUS(r.status) == 0) << c.what << "\n" << r.err;
+        EXPECT_EQ(r.err.rfind(announcement, 0) == 0, !c.found) << c.what << "\n" << r.err;
+        EXPECT_EQ(r.err.find(catalogue_text) != std::string::npos, c.found) << c.what << "\n" << r.err;
+    }
+    rmdir(empty);
+}
+
+}  // namespace
