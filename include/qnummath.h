@@ -162,6 +162,9 @@ QNUM_API int qnum_difnan(double x);
 /* Returns a new string (free with qnum_free_allocated_memory); another code raises TERMINAL
  * 103 and returns NULL. */
 QNUM_API char* qnum_version(int code);
+/* The instruction-set path the tuned routines take on this machine, chosen at run time:
+ * "AVX-512", "AVX2" or "portable". A constant string; do not free it. */
+QNUM_API const char* qnum_tuned_path(void);
 
 /* ------------------------------------------------------------------------------------------
  * Vector, matrix-vector and matrix-matrix kernels

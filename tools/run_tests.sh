@@ -5,15 +5,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-need=()
-command -v cmake >/dev/null || need+=(cmake)
-command -v g++ >/dev/null || need+=(g++)
-[ -f /usr/include/gtest/gtest.h ] || need+=(libgtest-dev)
-[ -f /usr/include/gmock/gmock.h ] || need+=(libgmock-dev)
-if [ ${#need[@]} -gt 0 ]; then
-  if [ "$(id -u)" = 0 ]; then apt-get update -qq && apt-get install -y -qq "${need[@]}"
-  else sudo apt-get update -qq && sudo apt-get install -y -qq "${need[@]}"; fi
-fi
+. tools/install_needs.sh
+install_needs command:cmake command:g++ command:make \
+  file:/usr/include/gtest/gtest.h=libgtest-dev file:/usr/include/gmock/gmock.h=libgmock-dev
 
 jobs=$(nproc 2>/dev/null || echo 2)
 run() {  # run <build dir> <ctest args...> -- <cmake args...>

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "frame/cpu.hpp"
 #include "frame/error_stack.hpp"
 #include "frame/frame.hpp"
 #include "frame/machine.hpp"
@@ -76,6 +77,14 @@ QNUM_API int qnum_difnan(double x) { return machine::is_nan(x); }
 
 QNUM_API char* qnum_version(int code) {
     return frame::call<char*>("qnum_version", [&] { return frame::version(code); });
+}
+
+QNUM_API const char* qnum_tuned_path(void) {
+    switch (cpu::active()) {
+        case cpu::Path::Avx512: return "AVX-512";
+        case cpu::Path::Avx2: return "AVX2";
+        default: return "portable";
+    }
 }
 
 }  // extern "C"

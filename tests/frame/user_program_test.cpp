@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "frame/cpu.hpp"
+#include "qnummath.h"
+
 namespace {
 
 struct Outcome {
@@ -98,6 +101,15 @@ TEST(UserProgram, LibraryFolderEndsOnlyTheDefaultPath) {
         EXPECT_EQ(r.err.find(catalogue_text) != std::string::npos, c.found) << c.what << "\n" << r.err;
     }
     rmdir(empty);
+}
+
+TEST(UserProgram, TunedPathNamesThePathInUse) {
+    const char* names[] = {"portable", "AVX2", "AVX-512"};
+    for (int p = 0; p <= static_cast<int>(qnum::cpu::detected()); ++p) {
+        qnum::cpu::force(static_cast<qnum::cpu::Path>(p));
+        EXPECT_STREQ(qnum_tuned_path(), names[p]);
+    }
+    qnum::cpu::reset();
 }
 
 }  // namespace
