@@ -48,7 +48,7 @@ BENCHMARK(BM_public_machine)->Arg(0)->Arg(1)->ArgName("trapping");
 class OverheadReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedRealTime();
+        for (const Run& r : runs) times_[r.benchmark_name()] = r.GetAdjustedCPUTime();
         ConsoleReporter::ReportRuns(runs);
     }
     void Finalize() override {

@@ -13,6 +13,7 @@ namespace qnum {
 __thread Context* this_thread_context = nullptr;
 std::atomic<int> multi_thread_fault{0};
 std::atomic<int> signal_trapping{1};
+std::atomic<Context*> first_context_created{nullptr};
 
 namespace {
 
@@ -21,7 +22,6 @@ int context_key = 0;
 registry::OnceFlag creation_lock_once{0};
 platform::Mutex creation_lock;
 platform::Mutex signal_lock;
-std::atomic<Context*> first{nullptr};
 std::atomic<int> live{0};
 bool first_recorded = false;  // under creation_lock; stays set when the first thread ends
 
@@ -29,7 +29,7 @@ void destroy_context(void* p) {
     auto* c = static_cast<Context*>(p);
     if (c == nullptr) return;
     Context* expected = c;
-    first.compare_exchange_strong(expected, nullptr);
+    first_context_created.compare_exchange_strong(expected, nullptr);
     if (this_thread_context == c) this_thread_context = nullptr;
     live.fetch_sub(1, std::memory_order_relaxed);
     std::free(c->msg);
@@ -64,7 +64,7 @@ Context* create_context() {
         platform::Lock guard(creation_lock);
         if (!first_recorded) {
             first_recorded = true;
-            first.store(c, std::memory_order_release);
+            first_context_created.store(c, std::memory_order_release);
         } else if (signal_trapping.load(std::memory_order_relaxed)) {
             multi_thread_fault.store(1, std::memory_order_relaxed);
         }
@@ -91,7 +91,6 @@ Context* create_context() {
 
 int live_contexts() { return live.load(std::memory_order_relaxed); }
 
-Context* first_context() { return first.load(std::memory_order_acquire); }
 
 void set_signal_trapping(int value) {
     if (signal_trapping.load(std::memory_order_relaxed) == value) return;

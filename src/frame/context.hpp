@@ -78,7 +78,8 @@ inline Context* context_if_any() { return this_thread_context; }
 // For tests: how many contexts exist in the process now.
 int live_contexts();
 // The first context created in the process; its jump buffers serve every trapped call.
-Context* first_context();
+extern std::atomic<Context*> first_context_created;
+inline Context* first_context() { return first_context_created.load(std::memory_order_acquire); }
 
 // Set when a second thread created its context while signal trapping was on; never cleared.
 extern std::atomic<int> multi_thread_fault;

@@ -14,9 +14,6 @@
 namespace qnum::errors {
 namespace {
 
-registry::OnceFlag library_lock_once{0};
-void init_library_lock() {}
-
 qnum_error_callback notification = nullptr;
 
 const char out_of_memory_text[] = "Out of memory in error handler.";
@@ -163,9 +160,8 @@ void report(Context* c, int type, int code, const char* routine) {
     std::exit(status);
 }
 
-void push(const char* name) {
+void push_slow(const char* name) {
     Context* c = context();
-    registry::once(library_lock_once, init_library_lock);
     if (c->top == &c->stack[0]) empty_buffer(c);
     ++c->top;
     if (c->top > &c->stack[stack_entries - 1]) {
@@ -179,7 +175,7 @@ void push(const char* name) {
     if (multi_thread_fault.load(std::memory_order_relaxed)) ermes(4, 499);
 }
 
-void pop(const char* name) {
+void pop_slow(const char* name) {
     Context* c = context();
     if (c->unwind) {
         c->unwind = 0;

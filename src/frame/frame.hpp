@@ -1,6 +1,7 @@
 // The public-routine frame: error-stack levels, raising, fault trapping, option lists, storage.
 #pragma once
 
+#include <atomic>
 #include <complex>
 #include <csetjmp>
 #include <cstdarg>
@@ -90,10 +91,34 @@ public:
 
 // ---- fault trapping (trap.cpp) ----
 namespace trap {
-bool enabled();                 // the process-wide switch, read without a lock
-sigjmp_buf* enter();            // the next jump buffer, armed; null when none is left
-void leave();                   // the worker returned normally
+extern std::atomic<bool> installed;
+void install();                 // the fault handler, once per process
 void after_fault();             // a fault jumped back: TERMINAL 102, disarm
+
+// The process-wide switch, read without a lock.
+inline bool enabled() { return signal_trapping.load(std::memory_order_relaxed) != 0; }
+
+// The next jump buffer, armed; null when none is left. The buffers live in the first context,
+// since the fault handler must find them from any thread.
+inline sigjmp_buf* enter() {
+    if (!installed.load(std::memory_order_acquire)) install();
+    Context* c = context();
+    Context* first = first_context();
+    if (first == nullptr) first = c;
+    if (first->jmp_depth >= jump_buffers) return nullptr;
+    ++c->trap_depth;
+    c->unwind = 0;
+    return &first->jmp[first->jmp_depth++];
+}
+
+// The worker returned normally.
+inline void leave() {
+    Context* c = context();
+    Context* first = first_context();
+    if (first == nullptr) first = c;
+    --first->jmp_depth;
+    --c->trap_depth;
+}
 }  // namespace trap
 
 // Runs `worker` as the body of the public routine `name`: push, skip the work if an error is

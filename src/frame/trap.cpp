@@ -15,11 +15,13 @@
 #include "frame/platform.hpp"
 
 namespace qnum::frame::trap {
+
+std::atomic<bool> installed{false};
+
 namespace {
 
 constexpr int trapped_signals[] = {SIGILL, SIGSEGV};
 struct sigaction previous[2];
-std::atomic<bool> installed{false};
 platform::Mutex install_lock;
 
 int error_code_for(int sig) {
@@ -73,6 +75,8 @@ void handler(int sig, siginfo_t* info, void* uctx) {
     siglongjmp(first->jmp[first->jmp_depth], 1);
 }
 
+}  // namespace
+
 void install() {
     platform::Lock guard(install_lock);
     if (installed.load(std::memory_order_relaxed)) return;
@@ -83,29 +87,6 @@ void install() {
     sigemptyset(&sa.sa_mask);
     for (int i = 0; i < 2; ++i) sigaction(trapped_signals[i], &sa, &previous[i]);
     installed.store(true, std::memory_order_release);
-}
-
-}  // namespace
-
-bool enabled() { return signal_trapping.load(std::memory_order_relaxed) != 0; }
-
-sigjmp_buf* enter() {
-    if (!installed.load(std::memory_order_acquire)) install();
-    Context* c = context();
-    Context* first = first_context();
-    if (first == nullptr) first = c;
-    if (first->jmp_depth >= jump_buffers) return nullptr;
-    ++c->trap_depth;
-    c->unwind = 0;
-    return &first->jmp[first->jmp_depth++];
-}
-
-void leave() {
-    Context* c = context();
-    Context* first = first_context();
-    if (first == nullptr) first = c;
-    --first->jmp_depth;
-    --c->trap_depth;
 }
 
 void after_fault() {
