@@ -167,29 +167,28 @@ private:
 
 // Smoothing given sigma: F(lambda) = SSR rises from 0 (the interpolant) to the residual of the
 // least-squares line, so F = sigma has one root, found by regula falsi (Illinois) in
-// log lambda. The side with F <= sigma is kept. Returns -1 for the line, or lambda.
+// log lambda. Returns -1 for the line, or lambda. A lambda so large that the banded matrix
+// is numerically singular counts as smoothing too much.
 double lambda_for_sigma(Smoother& s, double sigma, bool& ok) {
-    ok = true;
-    if (!(sigma < s.line_ssr())) return -1;
+    const double line = s.line_ssr();
+    if (!(ok = std::isfinite(line))) return 0;
+    if (!(sigma < line)) return -1;
     if (sigma == 0 || !(ok = s.fit(0))) return 0;
     const double l0 = s.lambda0();
     auto score = [&](double t) {  // log(F / sigma) at lambda = l0 e^t
-        if (!s.fit(l0 * std::exp(t))) { ok = false; return 0.0; }
-        return std::log(s.ssr() / sigma);
+        return s.fit(l0 * std::exp(t)) ? std::log(s.ssr() / sigma) : 1.0;
     };
     double lo = -20, hi = 20, glo = score(lo), ghi = score(hi);
-    while (ok && glo > 0 && lo > -200) glo = score(lo -= 20);
-    while (ok && ghi < 0 && hi < 400) ghi = score(hi += 20);
-    if (!ok) return 0;
-    if (glo > 0) return 0;   // even a vanishing lambda leaves more than sigma: interpolate
+    while (glo > 0 && lo > -200) glo = score(lo -= 20);
+    while (ghi < 0 && hi < 400) ghi = score(hi += 20);
+    if (glo > 0) return 0;  // even a vanishing lambda leaves more than sigma: interpolate
     if (ghi < 0) return l0 * std::exp(hi);
     int side = 0;
-    for (int it = 0; it < 200 && hi - lo > 1e-13 * std::max(1.0, std::abs(lo)); ++it) {
+    for (int it = 0; it < 200; ++it) {
         double t = (lo * ghi - hi * glo) / (ghi - glo);
         if (!(t > lo && t < hi)) t = (lo + hi) / 2;
         const double g = score(t);
-        if (!ok) return 0;
-        if (g == 0) { lo = t, glo = 0; break; }
+        if (std::abs(g) < 1e-14 || hi - lo < 1e-15 * std::max(1.0, std::abs(t))) return l0 * std::exp(t);
         if (g < 0) {
             lo = t, glo = g;
             if (side < 0) ghi /= 2;
@@ -199,31 +198,33 @@ double lambda_for_sigma(Smoother& s, double sigma, bool& ok) {
             if (side > 0) glo /= 2;
             side = 1;
         }
-        if (std::abs(g) < 1e-13) break;
     }
     return l0 * std::exp(lo);
 }
 
 // Cross-validation: the score on a grid of half decades of lambda / lambda0, from 1e-4 to
 // n^4 1e4 (past that every mode but the line is gone), then golden-section search between
-// the neighbours of the best grid point.
+// the neighbours of the best grid point. Parameters at which the banded matrix is
+// numerically singular are passed over; if every one is, the computation fails.
 double lambda_by_gcv(Smoother& s, int n, bool& ok) {
     const double l0 = s.lambda0();
+    const double inf = std::numeric_limits<double>::infinity();
     auto score = [&](double u) {
-        if (!s.fit(l0 * std::pow(10.0, u))) { ok = false; return 0.0; }
-        return s.gcv();
+        if (!s.fit(l0 * std::pow(10.0, u))) return inf;
+        const double v = s.gcv();
+        return std::isfinite(v) ? v : inf;
     };
     const double top = 4 * std::log10(double(n)) + 4;
-    double best = -4, vbest = std::numeric_limits<double>::infinity();
-    for (double u = -4; u <= top && ok; u += 0.5) {
+    double best = -4, vbest = inf;
+    for (double u = -4; u <= top; u += 0.5) {
         const double v = score(u);
         if (v < vbest) best = u, vbest = v;
     }
-    if (!ok) return 0;
+    if (!(ok = vbest < inf)) return 0;
     const double r = (std::sqrt(5.0) - 1) / 2;
     double a = best - 0.5, b = best + 0.5;
     double c = b - r * (b - a), d = a + r * (b - a), vc = score(c), vd = score(d);
-    for (int it = 0; it < 40 && ok && b - a > 1e-4; ++it) {
+    for (int it = 0; it < 40 && b - a > 1e-4; ++it) {
         if (vc < vd) b = d, d = c, vd = vc, c = b - r * (b - a), vc = score(c);
         else a = c, c = d, vc = vd, d = a + r * (b - a), vd = score(d);
     }

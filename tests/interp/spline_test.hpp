@@ -131,3 +131,28 @@ std::vector<T> cast(const std::vector<double>& v) {
 }
 
 }  // namespace qnum::test
+
+namespace qnum::test {
+
+// Largest jump of derivative k across the interior breakpoints, each side's piece evaluated
+// from its own coefficients, relative to the size of that derivative.
+template <class T>
+double jump(const Pp<T>* p, int k) {
+    const int nb = p->num_breakpoints[0];
+    const T* bp = p->breakpoints[0];
+    const T* c = p->coef[0];
+    double worst = 0, size = 0;
+    for (int i = 0; i + 1 < nb; ++i) size = std::max(size, std::abs(double(c[4 * i + k])));
+    for (int i = 0; i + 2 < nb; ++i) {
+        const double h = double(bp[i + 1]) - bp[i];
+        double left = 0, term = 1;
+        for (int j = k; j < 4; ++j) {
+            left += c[4 * i + j] * term;
+            term *= h / (j - k + 1);
+        }
+        worst = std::max(worst, std::abs(left - c[4 * (i + 1) + k]));
+    }
+    return size > 0 ? worst / size : worst;
+}
+
+}  // namespace qnum::test
