@@ -132,7 +132,7 @@ private:
         for (int i = 0; i < n_; ++i) {
             T lo = -inf, hi = inf;
             if (i > 0 && i < n_ - 1) lo = std::min(m_[i - 1], m_[i]), hi = std::max(m_[i - 1], m_[i]);
-            // A slope must stay off the chord of a curved interval beside it (by a quarter of
+            // A slope must stay off the chord of a curved interval beside it (by a 64th of
             // the smaller second difference there), or that interval could not bend its way;
             // beside a straight run of data it must match the run.
             if (i > 0) limit(i, i - 1, lo, hi, -1);
@@ -149,7 +149,7 @@ private:
         const int far = side < 0 ? j : j + 1;  // the other end of interval j
         const T dnear = i >= 1 && i <= n_ - 2 ? std::abs(diff(i)) : inf_like();
         const T dfar = far >= 1 && far <= n_ - 2 ? std::abs(diff(far)) : inf_like();
-        T margin = std::min(dnear, dfar) / 4;
+        T margin = std::min(dnear, dfar) / 64;
         if (!(margin < inf_like())) margin = 0;
         if (dfar == 0) {  // a straight run continues through this interval
             lo = std::max(lo, m_[j]), hi = std::min(hi, m_[j]);
