@@ -1,6 +1,7 @@
 // Interpolating cubic splines with end conditions, not-a-knot and periodic: a tridiagonal
 // system for the slopes at the breakpoints (C. de Boor, A Practical Guide to Splines,
 // Springer 1978, chapter IV), cyclic for periodic ends.
+#include <algorithm>
 #include <cmath>
 
 #include "interp/spline.hpp"
@@ -10,42 +11,46 @@ namespace qnum::interp {
 namespace {
 
 // Slopes at the breakpoints of the C2 interpolant with end conditions ileft and iright
-// (0 not-a-knot, 1 first derivative, 2 second derivative). b and c are work arrays of n.
+// (0 not-a-knot, 1 first derivative, 2 second derivative). They are left in coef[4i + 1], and
+// the elimination keeps its pivots and superdiagonal in coef[4i + 2] and coef[4i + 3], which
+// the Taylor coefficients overwrite later; the last slope is returned.
 template <class T>
-void end_condition_slopes(int n, const T* x, const T* f, int ileft, T left, int iright, T right,
-                          T* s, T* b, T* c) {
+T end_condition_slopes(int n, const T* x, const T* f, int ileft, T left, int iright, T right, T* coef) {
     auto h = [&](int i) { return x[i + 1] - x[i]; };
     auto m = [&](int i) { return (f[i + 1] - f[i]) / h(i); };
+    auto s = [&](int i) -> T& { return coef[4 * i + 1]; };
+    auto b = [&](int i) -> T& { return coef[4 * i + 2]; };
+    auto c = [&](int i) -> T& { return coef[4 * i + 3]; };
     if (ileft == 0 && iright == 0 && n <= 3) {
         if (n == 2) {  // the straight line
-            s[0] = s[1] = m(0);
-        } else {       // the parabola: its slope at the middle is the weighted mean of the chords
-            s[1] = (h(1) * m(0) + h(0) * m(1)) / (h(0) + h(1));
-            s[0] = 2 * m(0) - s[1];
-            s[2] = 2 * m(1) - s[1];
+            s(0) = m(0);
+            return m(0);
         }
-        return;
+        // The parabola: its slope at the middle is the weighted mean of the chords.
+        s(1) = (h(1) * m(0) + h(0) * m(1)) / (h(0) + h(1));
+        s(0) = 2 * m(0) - s(1);
+        return 2 * m(1) - s(1);
     }
     // Row 0. Without a second interval, not-a-knot degenerates to s''' = 0 on the only one.
     T h0 = h(0), m0 = m(0);
     if (ileft == 1) {
-        b[0] = 1, c[0] = 0, s[0] = left;
+        b(0) = 1, c(0) = 0, s(0) = left;
     } else if (ileft == 2) {
-        b[0] = 2, c[0] = 1, s[0] = 3 * m0 - h0 * left / 2;
+        b(0) = 2, c(0) = 1, s(0) = 3 * m0 - h0 * left / 2;
     } else if (n == 2) {
-        b[0] = 1, c[0] = 1, s[0] = 2 * m0;
+        b(0) = 1, c(0) = 1, s(0) = 2 * m0;
     } else {
         const T h1 = h(1), g = h0 + h1;
-        b[0] = h1, c[0] = g, s[0] = ((h0 + 2 * g) * h1 * m0 + h0 * h0 * m(1)) / g;
+        b(0) = h1, c(0) = g, s(0) = ((h0 + 2 * g) * h1 * m0 + h0 * h0 * m(1)) / g;
     }
     // Interior rows, eliminated as they are formed (no pivoting: the rows are diagonally
     // dominant, and the not-a-knot rows leave positive pivots).
     for (int i = 1; i + 1 < n; ++i) {
         const T h1 = h(i), m1 = m(i);
-        const T w = h1 / b[i - 1];
-        b[i] = 2 * (h0 + h1) - w * c[i - 1];
-        c[i] = h0;
-        s[i] = 3 * (h1 * m0 + h0 * m1) - w * s[i - 1];
+        const T w = h1 / b(i - 1);
+        b(i) = 2 * (h0 + h1) - w * c(i - 1);
+        c(i) = h0;
+        s(i) = 3 * (h1 * m0 + h0 * m1) - w * s(i - 1);
         h0 = h1, m0 = m1;
     }
     // Last row: h0, m0 now belong to the last interval.
@@ -61,10 +66,11 @@ void end_condition_slopes(int n, const T* x, const T* f, int ileft, T left, int 
         const T hp = h(n - 3), g = h0 + hp;
         a = g, bl = hp, rl = (h0 * h0 * m(n - 3) + (2 * g + h0) * hp * m0) / g;
     }
-    const T w = a / b[l - 1];
-    b[l] = bl - w * c[l - 1];
-    s[l] = (rl - w * s[l - 1]) / b[l];
-    for (int i = l - 1; i >= 0; --i) s[i] = (s[i] - c[i] * s[i + 1]) / b[i];
+    const T w = a / b(l - 1);
+    const T last = (rl - w * s(l - 1)) / (bl - w * c(l - 1));
+    T next = last;
+    for (int i = l - 1; i >= 0; --i) next = s(i) = (s(i) - c(i) * next) / b(i);
+    return last;
 }
 
 // Slopes of the periodic interpolant: s_0 = s_{n-1}, second derivatives matching at the ends.
@@ -110,17 +116,22 @@ Ppoly<T>* interpolate(const char* step_name, const Data<T>& d, bool periodic, in
                       int iright, T right) {
     frame::Level step(step_name);
     const int n = d.n;
-    frame::Buffer<T> work(5LL * n, "ndata");
-    if (!work) return nullptr;
     PpolyOwner<T> p(new_spline<T>(n, n));
     if (!p.get()) return nullptr;
-    T* s = work.get();
-    if (periodic)
-        periodic_slopes(n, d.x.get(), d.f.get(), s, s + n, s + 2 * n, s + 3 * n, s + 4 * n);
-    else
-        end_condition_slopes(n, d.x.get(), d.f.get(), ileft, left, iright, right, s, s + n, s + 2 * n);
-    hermite_coef(n, d.x.get(), d.f.get(), s, p->coef[0]);
-    for (int i = 0; i < n; ++i) p->breakpoints[0][i] = d.x[i];
+    T* coef = p->coef[0];
+    T last;
+    if (periodic) {
+        frame::Buffer<T> work(5LL * n, "ndata");
+        if (!work) return nullptr;
+        T* s = work.get();
+        periodic_slopes(n, d.x, d.f, s, s + n, s + 2 * n, s + 3 * n, s + 4 * n);
+        for (int i = 0; i + 1 < n; ++i) coef[4 * i + 1] = s[i];
+        last = s[n - 1];
+    } else {
+        last = end_condition_slopes(n, d.x, d.f, ileft, left, iright, right, coef);
+    }
+    hermite_coef(n, d.x, d.f, last, coef);
+    std::copy(d.x, d.x + n, p->breakpoints[0]);
     return p.release();
 }
 

@@ -1,7 +1,6 @@
 // Data preparation shared by the cubic-spline builders: sorting, checks, result storage.
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "interp/spline.hpp"
 
@@ -10,28 +9,24 @@ namespace qnum::interp {
 template <class T>
 bool sort_data(int n, const T* x, const T* f, const T* w, Data<T>& d) {
     frame::Level step("QNUM_C1SOR");
+    d.n = n;
+    bool sorted = true;
     for (int i = 0; i < n; ++i) {
         if (!std::isfinite(x[i])) {
             frame::raise(frame::Type::Fatal, err::abscissa_not_finite, frame::Int{i}, frame::Real{x[i]});
             return false;
         }
+        if (i > 0 && !(x[i - 1] < x[i])) sorted = false;
     }
-    d.n = n;
-    d.x = frame::Buffer<T>(n, "ndata");
-    d.f = frame::Buffer<T>(n, "ndata");
-    if (w) d.w = frame::Buffer<T>(n, "ndata");
-    if (!d.x || !d.f || (w && !d.w)) return false;
-
-    int i = 1;
-    while (i < n && x[i - 1] < x[i]) ++i;
-    if (i >= n) {  // already increasing: the common case costs one pass and a copy
-        std::memcpy(d.x.get(), x, sizeof(T) * n);
-        std::memcpy(d.f.get(), f, sizeof(T) * n);
-        if (w) std::memcpy(d.w.get(), w, sizeof(T) * n);
+    if (sorted) {  // the common case: the caller's arrays serve as they are
+        d.x = x, d.f = f, d.w = w;
         return true;
     }
+    d.xs = frame::Buffer<T>(n, "ndata");
+    d.fs = frame::Buffer<T>(n, "ndata");
+    if (w) d.ws = frame::Buffer<T>(n, "ndata");
     frame::Buffer<int> idx(n, "ndata");
-    if (!idx) return false;
+    if (!d.xs || !d.fs || (w && !d.ws) || !idx) return false;
     for (int k = 0; k < n; ++k) idx[k] = k;
     // Ties are broken by index, so a repeated abscissa is reported with its first two
     // occurrences in the caller's order.
@@ -39,15 +34,16 @@ bool sort_data(int n, const T* x, const T* f, const T* w, Data<T>& d) {
               [x](int a, int b) { return x[a] < x[b] || (x[a] == x[b] && a < b); });
     for (int k = 0; k < n; ++k) {
         const int j = idx[k];
-        if (k > 0 && x[j] == d.x[k - 1]) {
+        if (k > 0 && x[j] == d.xs[k - 1]) {
             frame::raise(frame::Type::Fatal, err::repeated_abscissa, frame::Int{idx[k - 1]}, frame::Int{j},
                          frame::Real{x[j]});
             return false;
         }
-        d.x[k] = x[j];
-        d.f[k] = f[j];
-        if (w) d.w[k] = w[j];
+        d.xs[k] = x[j];
+        d.fs[k] = f[j];
+        if (w) d.ws[k] = w[j];
     }
+    d.x = d.xs.get(), d.f = d.fs.get(), d.w = w ? d.ws.get() : nullptr;
     return true;
 }
 
@@ -60,15 +56,14 @@ Ppoly<T>* new_spline(int n, int ndata) {
 }
 
 template <class T>
-void hermite_coef(int n, const T* x, const T* f, const T* s, T* coef) {
+void hermite_coef(int n, const T* x, const T* f, T s_last, T* coef) {
     for (int i = 0; i + 1 < n; ++i) {
         const T h = x[i + 1] - x[i];
         const T m = (f[i + 1] - f[i]) / h;
-        // Differences from the chord slope: a straight line gives exact zeros.
-        const T d0 = s[i] - m, d1 = s[i + 1] - m;
         T* c = coef + 4 * i;
+        // Differences from the chord slope: a straight line gives exact zeros.
+        const T d0 = c[1] - m, d1 = (i + 2 < n ? c[5] : s_last) - m;
         c[0] = f[i];
-        c[1] = s[i];
         c[2] = -2 * (d0 + d0 + d1) / h;
         c[3] = 6 * (d0 + d1) / (h * h);
     }
@@ -78,7 +73,7 @@ template bool sort_data<float>(int, const float*, const float*, const float*, Da
 template bool sort_data<double>(int, const double*, const double*, const double*, Data<double>&);
 template Ppoly<float>* new_spline<float>(int, int);
 template Ppoly<double>* new_spline<double>(int, int);
-template void hermite_coef<float>(int, const float*, const float*, const float*, float*);
-template void hermite_coef<double>(int, const double*, const double*, const double*, double*);
+template void hermite_coef<float>(int, const float*, const float*, float, float*);
+template void hermite_coef<double>(int, const double*, const double*, double, double*);
 
 }  // namespace qnum::interp

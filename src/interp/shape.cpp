@@ -17,14 +17,15 @@ template <class T>
 Ppoly<T>* akima(const Data<T>& d) {
     frame::Level step("QNUM_C2AKM");
     const int n = d.n;
-    frame::Buffer<T> work(2LL * n + 3, "ndata");
+    frame::Buffer<T> work(n + 3LL, "ndata");
     if (!work) return nullptr;
     PpolyOwner<T> p(new_spline<T>(n, n));
     if (!p.get()) return nullptr;
-    const T* x = d.x.get();
-    const T* f = d.f.get();
+    const T* x = d.x;
+    const T* f = d.f;
     T* m = work.get() + 2;  // chords m[-2] .. m[n]
-    T* t = work.get() + n + 3;
+    T* coef = p->coef[0];
+    T last = 0;
     for (int i = 0; i + 1 < n; ++i) m[i] = (f[i + 1] - f[i]) / (x[i + 1] - x[i]);
     m[-1] = 2 * m[0] - m[1];
     m[-2] = 2 * m[-1] - m[0];
@@ -34,9 +35,10 @@ Ppoly<T>* akima(const Data<T>& d) {
         const T w1 = std::abs(m[i + 1] - m[i]), w2 = std::abs(m[i - 1] - m[i - 2]);
         // Both weights vanish where the chords on each side agree: any mean would do, and the
         // plain one keeps a straight line straight.
-        t[i] = w1 + w2 == 0 ? (m[i - 1] + m[i]) / 2 : (w1 * m[i - 1] + w2 * m[i]) / (w1 + w2);
+        const T t = w1 + w2 == 0 ? (m[i - 1] + m[i]) / 2 : (w1 * m[i - 1] + w2 * m[i]) / (w1 + w2);
+        (i + 1 < n ? coef[4 * i + 1] : last) = t;
     }
-    hermite_coef(n, x, f, t, p->coef[0]);
+    hermite_coef(n, x, f, last, coef);
     std::copy(x, x + n, p->breakpoints[0]);
     return p.release();
 }
@@ -53,7 +55,7 @@ Ppoly<T>* akima(const Data<T>& d) {
 template <class T>
 class Concave {
 public:
-    Concave(const Data<T>& d, T* work) : n_(d.n), x_(d.x.get()), f_(d.f.get()), m_(work),
+    Concave(const Data<T>& d, T* work) : n_(d.n), x_(d.x), f_(d.f), m_(work),
         lo_(work + n_), hi_(work + 2 * n_), s_(work + 3 * n_), b_(work + 4 * n_), c_(work + 5 * n_),
         state_(work + 6 * n_), sign_(work + 7 * n_) {}
 
@@ -98,7 +100,8 @@ public:
             const T d0 = s_[i] - m, d1 = s_[i + 1] - m;
             if (!needs_knot(i)) {
                 bp[k] = x_[i];
-                hermite_coef(2, x_ + i, f_ + i, s_ + i, coef + 4 * k);
+                coef[4 * k + 1] = s_[i];
+                hermite_coef(2, x_ + i, f_ + i, s_[i + 1], coef + 4 * k);
                 ++k;
                 continue;
             }

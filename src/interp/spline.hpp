@@ -23,11 +23,15 @@ T cub_spline_integral(T a, T b, const Ppoly<T>* pp);
 
 // ---- shared by the builders ----
 
-// The data sorted by abscissa, ordinates and weights carried along.
+// The data sorted by abscissa, ordinates and weights carried along: the caller's own arrays
+// when they came sorted, else sorted copies.
 template <class T>
 struct Data {
     int n = 0;
-    frame::Buffer<T> x, f, w;
+    const T* x = nullptr;
+    const T* f = nullptr;
+    const T* w = nullptr;
+    frame::Buffer<T> xs, fs, ws;
 };
 
 // Sorts and checks the caller's data (the step "QNUM_C1SOR"); w may be null. False when an
@@ -40,9 +44,11 @@ bool sort_data(int n, const T* x, const T* f, const T* w, Data<T>& d);
 template <class T>
 Ppoly<T>* new_spline(int n, int ndata);
 
-// Taylor coefficients of the C1 cubic that takes values f and slopes s at the breakpoints.
+// Taylor coefficients of the C1 cubic that takes values f at the breakpoints and the slopes
+// already stored in coef[4i + 1] (i < n - 1), s_last at the last breakpoint. The builders
+// keep their slopes there from the start, so that no other array is needed.
 template <class T>
-void hermite_coef(int n, const T* x, const T* f, const T* s, T* coef);
+void hermite_coef(int n, const T* x, const T* f, T s_last, T* coef);
 
 // Runs a builder's compute step on the sorted data and hands over its result, or frees it and
 // returns null when the step ended with an error of type FATAL or worse.
