@@ -19,11 +19,11 @@ namespace {
 // otherwise lose most of their digits to the sums.
 class Smoother {
 public:
-    static constexpr int arrays = 17;  // work arrays of n doubles
+    static constexpr int arrays = 20;  // work arrays of n doubles
 
     Smoother(int n, double* work) : n_(n), N_(n - 2) {
-        double** slots[arrays] = {&x_, &y_, &om_, &h_, &qty_, &r0_, &r1_, &m0_, &m1_, &m2_,
-                                  &d_, &l1_, &l2_, &g_, &s0_, &s1_, &s2_};
+        double** slots[arrays] = {&x_, &y_, &om_, &h_, &qty_, &r0_, &r1_, &m0_, &m1_, &m2_, &d_,
+                                  &l1_, &l2_, &g_, &s0_, &s1_, &s2_, &ih_, &iom_, &id_};
         for (int k = 0; k < arrays; ++k) *slots[k] = work + std::size_t(k) * n;
     }
 
@@ -34,7 +34,8 @@ public:
             const double w = d.w ? double(d.w[i]) : 1.0;
             om_[i] = w * w;
         }
-        for (int i = 0; i + 1 < n_; ++i) h_[i] = x_[i + 1] - x_[i];
+        for (int i = 0; i < n_; ++i) iom_[i] = 1 / om_[i];
+        for (int i = 0; i + 1 < n_; ++i) h_[i] = x_[i + 1] - x_[i], ih_[i] = 1 / h_[i];
         // Q (n by n-2) holds the second divided differences, R (n-2 square) the integrals of
         // products of hat functions; M = Q^T W^-1 Q is pentadiagonal.
         for (int j = 0; j < N_; ++j) {
@@ -42,13 +43,10 @@ public:
             qty_[j] = (y_[j + 2] - y_[j + 1]) / hb - (y_[j + 1] - y_[j]) / ha;
             r0_[j] = (ha + hb) / 3;
             r1_[j] = hb / 6;
-            const double q0 = 1 / ha, q1 = -1 / ha - 1 / hb, q2 = 1 / hb;
-            m0_[j] = q0 * q0 / om_[j] + q1 * q1 / om_[j + 1] + q2 * q2 / om_[j + 2];
-            if (j + 1 < N_) {
-                const double hc = h_[j + 2];
-                m1_[j] = q1 * (1 / hb) / om_[j + 1] + q2 * (-1 / hb - 1 / hc) / om_[j + 2];
-            }
-            if (j + 2 < N_) m2_[j] = q2 * (1 / h_[j + 2]) / om_[j + 2];
+            const double q0 = ih_[j], q1 = -ih_[j] - ih_[j + 1], q2 = ih_[j + 1];
+            m0_[j] = q0 * q0 * iom_[j] + q1 * q1 * iom_[j + 1] + q2 * q2 * iom_[j + 2];
+            if (j + 1 < N_) m1_[j] = q1 * q2 * iom_[j + 1] + q2 * (-ih_[j + 1] - ih_[j + 2]) * iom_[j + 2];
+            if (j + 2 < N_) m2_[j] = q2 * ih_[j + 2] * iom_[j + 2];
         }
         double tr = 0, tm = 0;
         for (int j = 0; j < N_; ++j) tr += r0_[j], tm += m0_[j];
@@ -64,21 +62,22 @@ public:
         for (int i = 0; i < N_; ++i) {
             const double a1 = i >= 1 ? r1_[i - 1] + lambda * m1_[i - 1] : 0;  // A(i, i-1)
             const double a2 = i >= 2 ? lambda * m2_[i - 2] : 0;               // A(i, i-2)
-            l2_[i] = i >= 2 ? a2 / d_[i - 2] : 0;
-            l1_[i] = i >= 1 ? (a1 - (i >= 2 ? l2_[i] * l1_[i - 1] * d_[i - 2] : 0)) / d_[i - 1] : 0;
+            l2_[i] = i >= 2 ? a2 * id_[i - 2] : 0;
+            l1_[i] = i >= 1 ? (a1 - (i >= 2 ? l2_[i] * l1_[i - 1] * d_[i - 2] : 0)) * id_[i - 1] : 0;
             d_[i] = r0_[i] + lambda * m0_[i] - l1_[i] * l1_[i] * (i >= 1 ? d_[i - 1] : 0) -
                     l2_[i] * l2_[i] * (i >= 2 ? d_[i - 2] : 0);
             if (!(d_[i] > 0) || !std::isfinite(d_[i])) return false;
+            id_[i] = 1 / d_[i];
         }
         for (int i = 0; i < N_; ++i)
             g_[i] = qty_[i] - (i >= 1 ? l1_[i] * g_[i - 1] : 0) - (i >= 2 ? l2_[i] * g_[i - 2] : 0);
         for (int i = N_ - 1; i >= 0; --i)
-            g_[i] = g_[i] / d_[i] - (i + 1 < N_ ? l1_[i + 1] * g_[i + 1] : 0) -
+            g_[i] = g_[i] * id_[i] - (i + 1 < N_ ? l1_[i + 1] * g_[i + 1] : 0) -
                     (i + 2 < N_ ? l2_[i + 2] * g_[i + 2] : 0);
         ssr_ = 0;
         for (int i = 0; i < n_; ++i) {
             const double qg = qgamma(i);
-            ssr_ += qg * qg / om_[i];
+            ssr_ += qg * qg * iom_[i];
         }
         ssr_ *= lambda * lambda;
         return std::isfinite(ssr_);
@@ -97,7 +96,7 @@ public:
             const double s1a = i + 1 < N_ ? s1_[i + 1] : 0;
             s2_[i] = -(la * s1a + lb * s0b);
             s1_[i] = -(la * s0a + lb * s1a);
-            s0_[i] = 1 / d_[i] - la * s1_[i] - lb * s2_[i];
+            s0_[i] = id_[i] - la * s1_[i] - lb * s2_[i];
             tr += s0_[i] * m0_[i] + 2 * ((i + 1 < N_ ? s1_[i] * m1_[i] : 0) + (i + 2 < N_ ? s2_[i] * m2_[i] : 0));
         }
         tr *= lambda_;
@@ -121,7 +120,7 @@ public:
         if (as_line) line();
         auto c2 = [&](int i) { return i == 0 || i == n_ - 1 || as_line ? 0.0 : g_[i - 1]; };
         auto value = [&](int i) {
-            return as_line ? alpha_ + beta_ * (x_[i] - xbar_) : y_[i] - lambda_ * qgamma(i) / om_[i];
+            return as_line ? alpha_ + beta_ * (x_[i] - xbar_) : y_[i] - lambda_ * qgamma(i) * iom_[i];
         };
         double v0 = value(0);
         for (int i = 0; i + 1 < n_; ++i) {
@@ -141,9 +140,9 @@ private:
     // (Q gamma)_i: the jump of the spline's third derivative at x_i, times 1.
     double qgamma(int i) const {
         double v = 0;
-        if (i >= 2) v += g_[i - 2] / h_[i - 1];
-        if (i >= 1 && i <= N_) v -= g_[i - 1] * (1 / h_[i - 1] + 1 / h_[i]);
-        if (i < N_) v += g_[i] / h_[i];
+        if (i >= 2) v += g_[i - 2] * ih_[i - 1];
+        if (i >= 1 && i <= N_) v -= g_[i - 1] * (ih_[i - 1] + ih_[i]);
+        if (i < N_) v += g_[i] * ih_[i];
         return v;
     }
 
@@ -162,6 +161,7 @@ private:
 
     int n_, N_;
     double *x_, *y_, *om_, *h_, *qty_, *r0_, *r1_, *m0_, *m1_, *m2_, *d_, *l1_, *l2_, *g_, *s0_, *s1_, *s2_;
+    double *ih_, *iom_, *id_;  // reciprocals of h, of the squared weights and of the pivots
     double lambda0_ = 1, lambda_ = 0, ssr_ = 0, alpha_ = 0, beta_ = 0, xbar_ = 0;
 };
 
@@ -202,7 +202,7 @@ double lambda_for_sigma(Smoother& s, double sigma, bool& ok) {
     return l0 * std::exp(lo);
 }
 
-// Cross-validation: the score on a grid of half decades of lambda / lambda0, from 1e-4 to
+// Cross-validation: the score on a grid of decades of lambda / lambda0, from 1e-4 to
 // n^4 1e4 (past that every mode but the line is gone), then golden-section search between
 // the neighbours of the best grid point. Parameters at which the banded matrix is
 // numerically singular are passed over; if every one is, the computation fails.
@@ -216,13 +216,13 @@ double lambda_by_gcv(Smoother& s, int n, bool& ok) {
     };
     const double top = 4 * std::log10(double(n)) + 4;
     double best = -4, vbest = inf;
-    for (double u = -4; u <= top; u += 0.5) {
+    for (double u = -4; u <= top; u += 1) {
         const double v = score(u);
         if (v < vbest) best = u, vbest = v;
     }
     if (!(ok = vbest < inf)) return 0;
     const double r = (std::sqrt(5.0) - 1) / 2;
-    double a = best - 0.5, b = best + 0.5;
+    double a = best - 1, b = best + 1;
     double c = b - r * (b - a), d = a + r * (b - a), vc = score(c), vd = score(d);
     for (int it = 0; it < 40 && b - a > 1e-4; ++it) {
         if (vc < vd) b = d, d = c, vd = vc, c = b - r * (b - a), vc = score(c);
