@@ -123,9 +123,10 @@ TYPED_TEST(Builders, ErrorsAreReportedWithTheirValues) {
     using T = TypeParam;
     std::vector<T> x = {0, 2, 1, 2, 3}, f = {1, 2, 3, 4, 5}, xs = {0, 1, 2, 3, 4}, w = {1, 1, -2, 1, 1};
     const T nan = std::numeric_limits<T>::quiet_NaN();
-    std::vector<T> xn = {0, 1, nan, 3, 4}, fn = {0, 1, 3, nan, 4};
+    std::vector<T> xn = {0, 1, nan, 3, 4}, fn = {0, 1, 3, nan, 4}, xd = {0, 1, 1, 2};
     int il = 0, big_order = 4, big_n = INT_MAX, zero = 0, bad_nb = 1;
     T* null = nullptr;
+    T* xsp = xs.data();
     struct Case {
         const char* what;
         std::function<void*()> call;
@@ -147,6 +148,7 @@ TYPED_TEST(Builders, ErrorsAreReportedWithTheirValues) {
         {"repeated", [&] { return (void*)Api<T>::e_cnd(5, x.data(), f.data(), 0); }, 4, 3034, {1, 3}},
         {"repeated akima", [&] { return (void*)Api<T>::shape(5, x.data(), f.data(), 0); }, 4, 3034, {1, 3}},
         {"repeated smooth", [&] { return (void*)Api<T>::smooth(5, x.data(), f.data(), 0); }, 4, 3034, {1, 3}},
+        {"repeated in order", [&] { return (void*)Api<T>::e_cnd(4, xd.data(), f.data(), 0); }, 4, 3034, {1, 2}},
         {"NaN abscissa", [&] { return (void*)Api<T>::interp(5, xn.data(), f.data(), 0); }, 4, 3035, {2}},
         {"akima three", [&] { return (void*)Api<T>::shape(3, xs.data(), f.data(), 0); }, 5, 3069, {3}},
         {"concave two", [&] { return (void*)Api<T>::shape(2, xs.data(), f.data(), QNUM_CONCAVE, 0); }, 5, 3071, {2}},
@@ -165,6 +167,7 @@ TYPED_TEST(Builders, ErrorsAreReportedWithTheirValues) {
         {"create order 0", [&] { return (void*)Api<T>::create(1, 1, &zero, &big_order, 0); }, 5, 132, {1, INT_MAX, 0}},
         {"create one breakpoint", [&] { return (void*)Api<T>::create(1, 1, &big_order, &bad_nb, 0); }, 5, 132, {2, INT_MAX, 1}},
         {"create null values", [&] { return (void*)Api<T>::create(1, 1, &big_order, &big_order, QNUM_COEFFICIENTS, (T**)nullptr, 0); }, 5, 104, {}},
+        {"create unknown option", [&] { return (void*)Api<T>::create(1, 1, &big_order, &big_order, QNUM_BREAKPOINTS, &xsp, 55, 0); }, 5, 103, {55, 7}},
         {"create too big", [&] { return (void*)Api<T>::create(1, 2, &big_order, &big_n, 0); }, 4, 202, {1, 2}},
     };
     for (const Case& c : table) {

@@ -100,6 +100,12 @@ TYPED_TEST(Shape, SmoothDataGiveTheNaturalSpline) {
     Spline<T> w(Api<T>::shape(12, xs.data(), fs.data(), QNUM_CONCAVE, 0));
     ASSERT_NE(w, nullptr);
     EXPECT_LT(jump<T>(w.get(), 1), 64 * eps<T>());
+    // At every interior point the slope lies between the chords on either side.
+    for (int i = 1; i + 1 < 12; ++i) {
+        const T ml = fs[i] - fs[i - 1], mr = fs[i + 1] - fs[i], s1 = at<T>(w.get(), xs[i], 1);
+        EXPECT_GE(s1, std::min(ml, mr) - 8 * eps<T>()) << i;
+        EXPECT_LE(s1, std::max(ml, mr) + 8 * eps<T>()) << i;
+    }
     for (int i = 1; i + 2 < 12; ++i) {
         const double d1 = (fs[i + 1] - fs[i]) - (fs[i] - fs[i - 1]);
         const double d2 = (fs[i + 2] - fs[i + 1]) - (fs[i + 1] - fs[i]);
@@ -107,6 +113,21 @@ TYPED_TEST(Shape, SmoothDataGiveTheNaturalSpline) {
         std::vector<T> one = {xs[i], xs[i + 1]};
         EXPECT_LT(violation<T>(w.get(), one, d1 > 0 ? 1 : -1), 64 * eps<T>()) << i;
     }
+}
+
+// Convex data with a straight run: a convex C1 curve through collinear points is straight
+// between them, so the spline is a line along the run and convex on both sides of it.
+TYPED_TEST(Shape, StraightRunsStayStraight) {
+    using T = TypeParam;
+    std::vector<T> x = {0, 1, 2, 3, 4, 5, 6, 7, 8}, f = {9, 4, 1, 0, 1, 2, 3, 5, 9};
+    Spline<T> s(Api<T>::shape(9, x.data(), f.data(), QNUM_CONCAVE, 0));
+    ASSERT_NE(s, nullptr);
+    for (double t = 3; t <= 6; t += 0.25) {
+        EXPECT_NEAR(at<T>(s.get(), T(t)), t - 3, 16 * eps<T>()) << t;
+        EXPECT_NEAR(at<T>(s.get(), T(t), 1), 1, 16 * eps<T>()) << t;
+    }
+    EXPECT_LT(violation<T>(s.get(), x, 1), 64 * eps<T>());
+    EXPECT_LT(jump<T>(s.get(), 1), 64 * eps<T>());
 }
 
 }  // namespace

@@ -158,5 +158,34 @@ TYPED_TEST(Smooth, LongAndTightlySpacedData) {
     }
 }
 
+// The smoothing spline is characterised by its residuals: at every data point the weighted
+// residual w_i^2 (f_i - s(x_i)) is the same multiple of the jump of the third derivative there
+// (the natural ends count it as 0 outside the data).
+TYPED_TEST(Smooth, ResidualsFollowTheThirdDerivativeJumps) {
+    using T = TypeParam;
+    this->sample(25);
+    const int n = 25;
+    std::vector<T> w(n);
+    for (int i = 0; i < n; ++i) w[i] = T(0.5 + (i % 4) * 0.25);
+    for (double sigma : {0.05, 0.5}) {
+        Spline<T> s(Api<T>::smooth(n, this->x.data(), this->f.data(), QNUM_WEIGHTS, w.data(), QNUM_SMOOTHING_PAR, sigma, 0));
+        ASSERT_NE(s, nullptr);
+        const T* c = s->coef[0];
+        std::vector<double> jumps(n), res(n);
+        int big = 0;
+        double size = 0;
+        for (int i = 0; i < n; ++i) {
+            jumps[i] = (i < n - 1 ? c[4 * i + 3] : 0.0) - (i > 0 ? c[4 * i - 1] : 0.0);
+            res[i] = double(w[i]) * w[i] * (this->f[i] - double(at<T>(s.get(), this->x[i])));
+            if (std::abs(jumps[i]) > std::abs(jumps[big])) big = i;
+            size = std::max(size, std::abs(res[i]));
+        }
+        const double lambda = res[big] / jumps[big];
+        EXPECT_GT(lambda, 0);
+        for (int i = 0; i < n; ++i)
+            EXPECT_NEAR(res[i], lambda * jumps[i], 1e3 * eps<T>() * size + 1e-9) << sigma << " " << i;
+    }
+}
+
 }  // namespace
 }  // namespace qnum::test
