@@ -45,8 +45,9 @@ public:
             r1_[j] = hb / 6;
             const double q0 = ih_[j], q1 = -ih_[j] - ih_[j + 1], q2 = ih_[j + 1];
             m0_[j] = q0 * q0 * iom_[j] + q1 * q1 * iom_[j + 1] + q2 * q2 * iom_[j + 2];
-            if (j + 1 < N_) m1_[j] = q1 * q2 * iom_[j + 1] + q2 * (-ih_[j + 1] - ih_[j + 2]) * iom_[j + 2];
-            if (j + 2 < N_) m2_[j] = q2 * ih_[j + 2] * iom_[j + 2];
+            // Entries past the band's end are set to 0, so that nothing reads uninitialised.
+            m1_[j] = j + 1 < N_ ? q1 * q2 * iom_[j + 1] + q2 * (-ih_[j + 1] - ih_[j + 2]) * iom_[j + 2] : 0;
+            m2_[j] = j + 2 < N_ ? q2 * ih_[j + 2] * iom_[j + 2] : 0;
         }
         double tr = 0, tm = 0;
         for (int j = 0; j < N_; ++j) tr += r0_[j], tm += m0_[j];
