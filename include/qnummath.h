@@ -814,7 +814,112 @@ QNUM_API void qnum_drnun(int n, double r[]);
  * Cubic splines
  * ------------------------------------------------------------------------------------------ */
 
-/* (declarations of this section go here) */
+/* A piecewise polynomial: one allocation holding this header, then the breakpoint pointers,
+ * the coefficient pointers, all breakpoint values, all coefficient values and the order,
+ * num_coef and num_breakpoints arrays, so that one free releases it (free or
+ * qnum_free_allocated_memory). For a cubic spline (domain_dim 1, order 4, n breakpoints) the
+ * coefficients coef[0][4i + j], j = 0..3, of interval i are the value and the first three
+ * derivatives at its left breakpoint: s(x) = sum over j of c_j (x - x_i)^j / j!; num_coef
+ * is 4(n - 1). */
+typedef struct Qnum_f_ppoly {
+    int domain_dim;         /* number of independent variables */
+    int target_dim;         /* number of dependent components */
+    int* order;             /* [domain_dim] polynomial order per variable (4 for a cubic) */
+    int* num_coef;          /* [domain_dim] coefficients per component, the same in every entry */
+    int* num_breakpoints;   /* [domain_dim] breakpoints per variable */
+    float** breakpoints;    /* [domain_dim] increasing breakpoint values */
+    float** coef;           /* [target_dim] num_coef coefficients each */
+} Qnum_f_ppoly;
+typedef struct Qnum_d_ppoly {
+    int domain_dim;
+    int target_dim;
+    int* order;
+    int* num_coef;
+    int* num_breakpoints;
+    double** breakpoints;
+    double** coef;
+} Qnum_d_ppoly;
+
+#define QNUM_BREAKPOINTS 10026       /* T* breakpoints[domain_dim]: copied into the structure */
+#define QNUM_COEFFICIENTS 10027      /* T* coef[target_dim]: copied into the structure */
+#define QNUM_DERIV 10028             /* int deriv: order of the derivative (default 0) */
+#define QNUM_CONCAVE 10029           /* none: concavity-preserving instead of Akima */
+#define QNUM_PERIODIC 10030          /* none: periodic end conditions */
+#define QNUM_LEFT 10031              /* int ileft, double left: left end condition */
+#define QNUM_RIGHT 10032             /* int iright, double right: right end condition */
+#define QNUM_LEFT_ADR 11009          /* int* ileft, T* left */
+#define QNUM_RIGHT_ADR 11010         /* int* iright, T* right */
+#define QNUM_WEIGHTS 10141           /* T weights[ndata] */
+#define QNUM_SMOOTHING_PAR 10146     /* double sigma */
+#define QNUM_CONCAVE_ITMAX 10149     /* int itmax (default 25) */
+#define QNUM_SMOOTHING_PAR_ADR 11012 /* T* sigma */
+#define QNUM_GRID 11050              /* int n, T xvec[], T** value: results in a new array */
+#define QNUM_GRID_USER 11051         /* int n, T xvec[], T value[]: results in the caller's */
+
+/* Every builder sorts the abscissas (the caller's arrays are left as they are), carrying the
+ * ordinates and weights along. The breakpoints are the sorted abscissas, except that the
+ * concavity-preserving builder adds knots. Errors of every builder: TERMINAL 150 for a null
+ * xdata or fdata, FATAL 3035 for an abscissa that is NaN or infinite (index, value), FATAL
+ * 3034 for two equal abscissas (their indices in the caller's arrays, the value), TERMINAL
+ * 103 for an unknown option, TERMINAL 201 when memory runs out ("ndata"). On an error of type
+ * FATAL or worse the builder returns NULL. */
+
+/* The interpolating cubic spline with end conditions. Options: QNUM_LEFT and QNUM_RIGHT (or
+ * their _ADR forms): code 0 not-a-knot (the default; with two points and the other end not
+ * not-a-knot, the third derivative vanishes), 1 the first derivative, 2 the second derivative
+ * at that end equals the value. Two points with not-a-knot at both ends give the straight line,
+ * three points the parabola. QNUM_PERIODIC: first and second derivatives agree at the ends
+ * (end codes ignored); every ordinate is interpolated as given.
+ * Errors: TERMINAL 3066 for ndata < 2, TERMINAL 3069 for ndata < 4 when periodic, WARNING
+ * 3070 when periodic and the end ordinates differ (x_0, f_0, x_{n-1}, f_{n-1}), TERMINAL
+ * 132 for an end code outside 0..2, TERMINAL 104/105 for a null _ADR pointer. */
+QNUM_API Qnum_f_ppoly* qnum_f_cub_spline_interp_e_cnd(int ndata, float xdata[], float fdata[], ...);
+QNUM_API Qnum_d_ppoly* qnum_d_cub_spline_interp_e_cnd(int ndata, double xdata[], double fdata[], ...);
+/* The not-a-knot interpolant (the defaults of the routine above); no options. */
+QNUM_API Qnum_f_ppoly* qnum_f_cub_spline_interp(int ndata, float xdata[], float fdata[], ...);
+QNUM_API Qnum_d_ppoly* qnum_d_cub_spline_interp(int ndata, double xdata[], double fdata[], ...);
+/* Shape-preserving interpolation: Akima's slopes by default (ndata >= 4, else TERMINAL
+ * 3069); with QNUM_CONCAVE a C1 cubic that keeps the sign of the data's second differences
+ * in every interval, adding knots where a single cubic piece cannot (ndata >= 3, else
+ * TERMINAL 3071). QNUM_CONCAVE_ITMAX bounds its iterations: TERMINAL 3072 for itmax < 1,
+ * WARNING 3073 when they run out (the last iterate, which keeps the concavity, is
+ * returned), TERMINAL 3074 for an ordinate that is NaN or infinite (index, value). */
+QNUM_API Qnum_f_ppoly* qnum_f_cub_spline_interp_shape(int ndata, float xdata[], float fdata[], ...);
+QNUM_API Qnum_d_ppoly* qnum_d_cub_spline_interp_shape(int ndata, double xdata[], double fdata[], ...);
+/* The smoothing spline: among the natural cubic splines whose sum of squared weighted
+ * residuals sum (w_i (s(x_i) - f_i))^2 is at most sigma, the one with the least integral of
+ * s''^2. sigma 0 gives the natural interpolant, a sigma at least the residual of the
+ * weighted least-squares line gives that line. Without sigma the smoothing is chosen by
+ * generalised cross-validation (ndata >= 3). Options: QNUM_WEIGHTS, QNUM_SMOOTHING_PAR,
+ * QNUM_SMOOTHING_PAR_ADR. Errors: TERMINAL 3071 for ndata < 3 (cross-validation), TERMINAL
+ * 3066 for ndata < 2 (given sigma), TERMINAL 3047 for a negative or NaN sigma, FATAL 3046
+ * for a weight that is not positive and finite (index, weight), FATAL 3050 when the
+ * computation breaks down (non-finite data). */
+QNUM_API Qnum_f_ppoly* qnum_f_cub_spline_smooth(int ndata, float xdata[], float fdata[], ...);
+QNUM_API Qnum_d_ppoly* qnum_d_cub_spline_smooth(int ndata, double xdata[], double fdata[], ...);
+/* The value, or with QNUM_DERIV the derivative of order deriv, at x. Outside the breakpoints
+ * the end polynomials continue; derivatives above the order less one are 0. With QNUM_GRID
+ * or QNUM_GRID_USER the n strictly increasing points xvec are evaluated in one pass (x is
+ * ignored). Errors: TERMINAL 150 for a null ppoly or xvec, TERMINAL 132 for a structure
+ * that is not one variable, TERMINAL 3109 for a structure with fewer than one interval or
+ * order below 1 (the count), TERMINAL 3108 for deriv < 0, TERMINAL 3123 for n < 1, FATAL
+ * 3122 for xvec[i] <= xvec[i-1] (i-1, i and both values; NaN entries pass), TERMINAL 201
+ * ("length") when memory runs out. On an error the result is NaN, and so is every grid
+ * entry (a QNUM_GRID array is still allocated and handed back when n >= 1). */
+QNUM_API float qnum_f_cub_spline_value(float x, Qnum_f_ppoly* ppoly, ...);
+QNUM_API double qnum_d_cub_spline_value(double x, Qnum_d_ppoly* ppoly, ...);
+/* The integral from a to b (negative when a > b; the end polynomials continue outside the
+ * breakpoints). Errors as for the value; NaN on an error. */
+QNUM_API float qnum_f_cub_spline_integral(float a, float b, Qnum_f_ppoly* ppoly);
+QNUM_API double qnum_d_cub_spline_integral(double a, double b, Qnum_d_ppoly* ppoly);
+/* A piecewise polynomial with the given dimensions; num_coef is the product over the
+ * variables of (num_breakpoints[i] - 1) * order[i]. Options: QNUM_BREAKPOINTS and
+ * QNUM_COEFFICIENTS copy the given arrays; values not given are left uninitialised.
+ * Errors: TERMINAL 132 for domain_dim or target_dim below 1, an order below 1 or fewer than 2
+ * breakpoints in a variable; TERMINAL 150 for a null order, num_breakpoints or given array;
+ * FATAL 202 when the structure does not fit in memory (domain_dim, target_dim). */
+QNUM_API Qnum_f_ppoly* qnum_f_ppoly_create(int domain_dim, int target_dim, int order[], int num_breakpoints[], ...);
+QNUM_API Qnum_d_ppoly* qnum_d_ppoly_create(int domain_dim, int target_dim, int order[], int num_breakpoints[], ...);
 
 /* ------------------------------------------------------------------------------------------
  * Adaptive quadrature
