@@ -106,9 +106,11 @@ Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, const Lists
     out.result = r.result;
     out.abserr = r.abserr;
     T errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(r.result));
+    const bool done = (r.abserr <= errbnd && r.abserr != r.resabs) || r.abserr == 0;
     if (r.abserr <= T(50) * epmach * r.resabs && r.abserr > errbnd) out.ier = roundoff;
-    if (w.limit == 1) out.ier = limit_reached;
-    if (out.ier != converged || (r.abserr <= errbnd && r.abserr != r.resabs) || r.abserr == 0) {
+    // One subinterval allowed: the limit counts only when the single estimate misses.
+    if (w.limit == 1 && !done) out.ier = limit_reached;
+    if (out.ier != converged || done) {
         out.bad_a = a;
         out.bad_b = b;
         return out;
@@ -139,9 +141,10 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lis
     const T dres = std::abs(r.result);
     T errbnd = std::max(tol.epsabs, tol.epsrel * dres);
     int ier = 0;
+    const bool done = (r.abserr <= errbnd && r.abserr != r.resasc) || r.abserr == 0;
     if (r.abserr <= T(100) * epmach * defabs && r.abserr > errbnd) ier = roundoff;
-    if (w.limit == 1) ier = limit_reached;
-    if (ier != 0 || (r.abserr <= errbnd && r.abserr != r.resasc) || r.abserr == 0) {
+    if (w.limit == 1 && !done) ier = limit_reached;
+    if (ier != 0 || done) {
         out.ier = ier;
         return out;
     }
@@ -270,7 +273,7 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lis
         }
     }
     out.result = sum_list(w.rlist, last);
-    out.abserr = errsum;
+    out.abserr = sum_list(w.elist, last);
     out.ier = ier > 2 ? ier - 1 : ier;
     return out;
 }
@@ -424,7 +427,7 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
             w.iord[i] = ind1;
         }
     }
-    if (w.limit < npts + 2) ier = limit_reached;
+    if (w.limit < npts + 2 && abserr > errbnd) ier = limit_reached;
     out.last = last;
     out.bad_a = a;
     out.bad_b = b;
@@ -547,7 +550,7 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
         }
     }
     out.result = sum_list(w.rlist, last) * sign;
-    out.abserr = errsum;
+    out.abserr = sum_list(w.elist, last);
     out.ier = ier > 2 ? ier - 1 : ier;
     return out;
 }

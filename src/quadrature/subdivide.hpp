@@ -144,8 +144,9 @@ void bisect(Apply&& apply, Split&& split, Counts&& counts, Tol<T> tol, const Lis
                      errmax, nrmax);
         if (out.ier != converged || errsum <= errbnd) break;
     }
+    // The totals from the lists: the running sums carry the rounding of every update.
     out.result = sum_list(w.rlist, last);
-    out.abserr = errsum;
+    out.abserr = sum_list(w.elist, last);
     out.last = last;
 }
 

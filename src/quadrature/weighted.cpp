@@ -352,10 +352,11 @@ Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, const Lists<T>&
     out.bad_a = aa;
     out.bad_b = bb;
     const T errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(r.result));
-    if (w.limit == 1) out.ier = limit_reached;
     // The first estimate is accepted only when it is clearly small: the Clenshaw-Curtis
     // estimate on the whole interval is not yet trustworthy.
-    if (!(r.abserr < std::min(T(0.01) * std::abs(r.result), errbnd) || out.ier == limit_reached)) {
+    const bool done = r.abserr < std::min(T(0.01) * std::abs(r.result), errbnd);
+    if (w.limit == 1 && !done) out.ier = limit_reached;
+    if (!(done || out.ier == limit_reached)) {
         // The singular point is never a bisection point: the half that holds it is split
         // half-way between it and the far end instead.
         auto split = [c](T a1, T b2) {
@@ -395,7 +396,7 @@ Outcome<T> step_qaws(Integrand<T>& f, T a, T b, int weight, T alpha, T beta, Tol
     const bool right_larger = r2.abserr > r1.abserr;
     w.iord[0] = right_larger ? 1 : 0;
     w.iord[1] = right_larger ? 0 : 1;
-    if (w.limit == 2) out.ier = limit_reached;
+    if (w.limit == 2 && out.abserr > errbnd) out.ier = limit_reached;
     if (out.abserr <= errbnd || out.ier == limit_reached) return out;
     // Intervals at the singular ends never count towards roundoff: their estimates come from
     // the moments and do not shrink like those of the Kronrod rule.
@@ -426,7 +427,7 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
     T errbnd = std::max(tol.epsabs, tol.epsrel * dres);
     int ier = 0;
     if (r.abserr <= T(100) * epmach * defabs && r.abserr > errbnd) ier = roundoff;
-    if (w.limit == 1) ier = limit_reached;
+    if (w.limit == 1 && r.abserr > errbnd) ier = limit_reached;
     const T sign = (weight == 2 && omega < 0) ? T(-1) : T(1);
     if (ier != 0 || r.abserr <= errbnd) {
         out.ier = ier;
@@ -575,7 +576,7 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
         }
     }
     out.result = sum_list(w.rlist, last) * sign;
-    out.abserr = errsum;
+    out.abserr = sum_list(w.elist, last);
     out.ier = ier > 2 ? ier - 1 : ier;
     return out;
 }
