@@ -4,7 +4,13 @@
 integrand's trouble spots (a different method from the routines under test).
 
 usage: python3 tools/refdata/quadrature_reference.py > data/quadrature/reference.txt
+       python3 tools/refdata/quadrature_reference.py --moments > data/quadrature/moments.txt
+
+--moments writes the Chebyshev moments int_{-1}^{1} cos(p x) T_k(x) dx (k even) and
+sin(p x) T_k(x) dx (k odd), k = 0..24, of the oscillatory rules, by quadrature in the angle
+(x = cos t), for p on both sides of the switch between the two ways of computing them.
 """
+import sys
 import mpmath as mp
 
 mp.mp.dps = 40
@@ -65,6 +71,21 @@ cases = [
     ("qaws_exp_w3", alg_log(lambda x: exp(-x), 0, 2, 3, mp.mpf('0.5'), mp.mpf('-0.3'))),
     ("qaws_exp_w4", alg_log(lambda x: exp(-x), 0, 1, 4, mp.mpf('-0.5'), mp.mpf('0.3'))),
 ]
-print("# made by tools/refdata/quadrature_reference.py (mpmath %s, 40 digits): id value" % mp.__version__)
-for name, v in cases:
-    print(name, mp.nstr(v, 30))
+
+
+def moments():
+    print("# made by tools/refdata/quadrature_reference.py --moments (mpmath %s, 40 digits): p k value"
+          % mp.__version__)
+    for p in (mp.mpf('2.5'), mp.mpf(7), mp.mpf(23.5), mp.mpf('24.5'), mp.mpf(60), mp.mpf(300)):
+        for k in range(25):
+            w = (lambda t: cos(p * cos(t))) if k % 2 == 0 else (lambda t: sin(p * cos(t)))
+            v = q(lambda t: cos(k * t) * w(t) * sin(t), mp.linspace(0, pi, 4 + int(p)))
+            print(mp.nstr(p, 6), k, mp.nstr(v, 30))
+
+
+if len(sys.argv) > 1 and sys.argv[1] == '--moments':
+    moments()
+else:
+    print("# made by tools/refdata/quadrature_reference.py (mpmath %s, 40 digits): id value" % mp.__version__)
+    for name, v in cases:
+        print(name, mp.nstr(v, 30))
