@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "frame/prec.hpp"
 #include "quadrature/steps.hpp"
@@ -97,33 +98,36 @@ void check_tolerances(const Settings<T>& s, int min_lists, bool uses_rule, bool 
         frame::raise(Type::Terminal, err::fourier_needs_err_abs, Real{s.err_abs});
 }
 
-// The subinterval lists of one call: the caller's error and order lists when given.
+// The subinterval lists of one call, in one allocation: the caller's error and order lists
+// when given. The right-end list may need more room than max_subinter (break points).
 template <class T>
 struct Storage {
-    frame::Buffer<T> alist, blist, rlist, elist;
-    frame::Buffer<int> iord, level;
+    void* block = nullptr;
+    Lists<T> w{};
+
+    Storage() = default;
+    ~Storage() { std::free(block); }
+    Storage(const Storage&) = delete;
+    Storage& operator=(const Storage&) = delete;
 
     bool allocate(const Settings<T>& s, int blist_length) {
-        const int n = s.max_subinter;
-        alist = frame::Buffer<T>(n, "max_subinter");
-        if (!alist) return false;
-        blist = frame::Buffer<T>(std::max(n, blist_length), "max_subinter");
-        if (!blist) return false;
-        rlist = frame::Buffer<T>(n, "max_subinter");
-        if (!rlist) return false;
-        if (s.err_list == nullptr && !(elist = frame::Buffer<T>(n, "max_subinter"))) return false;
-        if (s.order_list == nullptr && !(iord = frame::Buffer<int>(n, "max_subinter"))) return false;
-        level = frame::Buffer<int>(n, "max_subinter");
-        return static_cast<bool>(level);
-    }
-    Lists<T> lists(const Settings<T>& s) {
-        return {alist.get(),
-                blist.get(),
-                rlist.get(),
-                s.err_list ? s.err_list : elist.get(),
-                s.order_list ? s.order_list : iord.get(),
-                level.get(),
-                s.max_subinter};
+        const long long n = s.max_subinter, nb = std::max<long long>(n, blist_length);
+        // Per list entry: alist, rlist, elist, blist (reals), iord and level (ints); the
+        // reals first keep every list aligned.
+        const std::size_t per = 4 * sizeof(T) + 2 * sizeof(int);
+        const long long extra = (nb - n) * static_cast<long long>(sizeof(T)) / static_cast<long long>(per) + 1;
+        block = frame::allocate(n + extra, per, "max_subinter");  // 201 names max_subinter
+        if (block == nullptr) return false;
+        T* r = static_cast<T*>(block);
+        w.alist = r;
+        w.rlist = r + n;
+        w.elist = s.err_list ? s.err_list : r + 2 * n;
+        w.blist = r + 3 * n;
+        int* i = reinterpret_cast<int*>(r + 3 * n + nb);
+        w.iord = s.order_list ? s.order_list : i;
+        w.level = i + n;
+        w.limit = s.max_subinter;
+        return true;
     }
 };
 
@@ -166,12 +170,12 @@ T drive(Settings<T>& s, const StepKind& k, Run&& run) {
         check_tolerances(s, k.min_lists, k.uses_rule, k.absolute_only);
         if (frame::pending()) return Prec<T>::nan();
         if (k.min_lists > 0 && !store.allocate(s, k.blist_length)) return Prec<T>::nan();
-        o = run(Tol<T>{s.err_abs, s.err_rel}, store.lists(s));
+        o = run(Tol<T>{s.err_abs, s.err_rel}, store.w);
     }
     if (frame::pending()) return Prec<T>::nan();
     if (s.order_list != nullptr) {
         // The caller's order list, complete: every subinterval by decreasing error.
-        const T* e = store.lists(s).elist;
+        const T* e = store.w.elist;
         for (int i = 0; i < o.last; ++i) s.order_list[i] = i;
         std::stable_sort(s.order_list, s.order_list + o.last, [e](int x, int y) { return e[x] > e[y]; });
     }
