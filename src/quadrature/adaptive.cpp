@@ -101,7 +101,7 @@ Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, const Lists
     w.blist[0] = b;
     w.rlist[0] = r.result;
     w.elist[0] = r.abserr;
-    w.iord[0] = 0;
+    w.iord[0] = 0;  // the subdivision starts from the head of the order list
     out.last = 1;
     out.result = r.result;
     out.abserr = r.abserr;
@@ -131,7 +131,6 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lis
     w.blist[0] = b;
     w.rlist[0] = r.result;
     w.elist[0] = r.abserr;
-    w.iord[0] = 0;
     out.last = 1;
     out.result = r.result;
     out.abserr = r.abserr;

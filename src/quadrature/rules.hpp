@@ -59,7 +59,8 @@ struct RuleOut {
 // fast ones, and never drops below the rounding level 50 eps resabs.
 template <class T>
 T scaled_error(T abserr, T resabs, T resasc) {
-    const T epmach = Prec<T>::eps(), uflow = Prec<T>::tiny();
+    // Read once: every rule application needs them.
+    static const T epmach = Prec<T>::eps(), uflow = Prec<T>::tiny();
     if (resasc != 0 && abserr != 0)
         abserr = resasc * std::min(T(1), std::pow(T(200) * abserr / resasc, T(1.5)));
     if (resabs > uflow / (T(50) * epmach)) abserr = std::max(epmach * T(50) * resabs, abserr);

@@ -86,7 +86,8 @@ void store_halves(const Lists<T>& w, int maxerr_slot, int last, T a1, T b1, T ar
 template <class T>
 bool too_small(T a1, T a2, T b2) {
     // The factor 0.1 of the step's 1000 c eps: two orders of magnitude above the spacing.
-    const T tmp = (T(1) + T(100) * Prec<T>::eps()) * (std::abs(a2) + T(1000) * Prec<T>::tiny());
+    static const T grow = T(1) + T(100) * Prec<T>::eps(), floor = T(1000) * Prec<T>::tiny();
+    const T tmp = grow * (std::abs(a2) + floor);
     return std::abs(a1) <= tmp && std::abs(b2) <= tmp;
 }
 

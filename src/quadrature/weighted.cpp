@@ -345,7 +345,7 @@ Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, const Lists<T>&
     w.blist[0] = bb;
     w.rlist[0] = r.result;
     w.elist[0] = r.abserr;
-    w.iord[0] = 0;
+    w.iord[0] = 0;  // the subdivision starts from the head of the order list
     out.last = 1;
     out.result = r.result;
     out.abserr = r.abserr;
@@ -416,7 +416,6 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
     w.blist[0] = b;
     w.rlist[0] = r.result;
     w.elist[0] = r.abserr;
-    w.iord[0] = 0;
     w.level[0] = 0;
     out.last = 1;
     out.result = r.result;

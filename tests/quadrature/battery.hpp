@@ -32,6 +32,7 @@ template <class T> T b_xlorentz(T x) { return x / (1 + x * x); }
 template <class T> T b_cubic_c(T x) { return 1 / (5 * x * x * x + 6); }
 template <class T> T b_gauss(T x) { return std::exp(-x * x); }
 template <class T> T b_sqrt(T x) { return std::sqrt(x); }
+template <class T> T b_sqrtshift(T x) { return std::sqrt(x + T(0.01)); }
 template <class T> T b_qagp(T x) { return x * x * x * std::log(std::abs((x * x - 1) * (x * x - 2))); }
 template <class T> T b_one(T) { return 1; }
 template <class T> T b_cos(T x) { return std::cos(x); }
@@ -88,6 +89,7 @@ std::vector<Case<T>> battery() {
         // The 87-point rule reaches single precision's tolerance on sqrt(x), not double's.
         {"qng_sqrt", "qng_sqrt", Kind::qng, b_sqrt<T>, 0, 1, 0, 0, 0, 0, sizeof(T) == 8 ? 4020 : 0},
         {"qng_poly", "qag_poly", Kind::qng, b_poly<T>, 0, 1, 0, 0, 0, 0, 0},
+        {"qng_sqrtshift", "qng_sqrtshift", Kind::qng, b_sqrtshift<T>, 0, 3, 0, 0, 0, 0, 0},
         {"qagp_cubiclog", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 0},
         {"qagp_step", "qag_step", Kind::qagp, b_step<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qaws_one_w1", "qaws_one_w1", Kind::qaws, b_one<T>, 0, 1, 0, 1, -0.5, -0.5, 0},

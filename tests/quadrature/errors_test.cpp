@@ -159,6 +159,8 @@ TYPED_TEST(QuadratureErrors, WarningOutcomesStillReturnAFiniteResult) {
         {"roundoff", 4008, [] { return A::fcn(b_exp<T>, T(0), T(1), QNUM_ERR_ABS, 0.0, QNUM_ERR_REL, 1e-30, 0); }},
         {"too small to split", 4009,
          [] { return A::fcn(inv_dist<T>, T(0), T(1), QNUM_MAX_SUBINTER, 5000, 0); }},
+        {"too small to split, extrapolating", 4009,
+         [] { return A::sing(inv_dist<T>, T(0), T(1), QNUM_MAX_SUBINTER, 5000, 0); }},
         {"divergent", 4019, [] { return A::sing(x_m105<T>, T(0), T(1), 0); }},
     };
     for (const Row& row : rows) {

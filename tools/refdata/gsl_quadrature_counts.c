@@ -69,6 +69,7 @@ static const struct Case cases[] = {
     {"qng_gauss", QNG, b_gauss, 0, 3, 0, 0, 0, 0},
     {"qng_sqrt", QNG, b_sqrt, 0, 1, 0, 0, 0, 0},
     {"qng_poly", QNG, b_poly, 0, 1, 0, 0, 0, 0},
+    {"qng_sqrtshift", QNG, b_sqrtshift, 0, 3, 0, 0, 0, 0},
     {"qagp_cubiclog", QAGP, b_qagp, 0, 3, 0, 0, 0, 0},
     {"qagp_step", QAGP, b_step, 0, 1, 0, 0, 0, 0},
     {"qaws_one_w1", QAWS, b_one, 0, 1, 0, 1, -0.5, -0.5},
@@ -140,7 +141,7 @@ int main(void) {
             break;
         }
         }
-        printf("%s %s %ld %zu %d %.17g %.3g\n", k->id, kind_name[k->kind], calls,
+        printf("%s %s %ld %zu %d %.17g %.17g\n", k->id, kind_name[k->kind], calls,
                k->kind == QNG ? (size_t)0 : w->size, st, r, e);
     }
     gsl_integration_workspace_free(w);

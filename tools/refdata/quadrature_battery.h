@@ -23,6 +23,7 @@ static double b_xlorentz(double x) { return x / (1 + x * x); }
 static double b_cubic_c(double x) { return 1 / (5 * x * x * x + 6); }
 static double b_gauss(double x) { return exp(-x * x); }
 static double b_sqrt(double x) { return sqrt(x); }
+static double b_sqrtshift(double x) { return sqrt(x + 0.01); }
 static double b_qagp(double x) { return x * x * x * log(fabs((x * x - 1) * (x * x - 2))); }
 static double b_one(double x) { (void)x; return 1; }
 static double b_cos(double x) { return cos(x); }

@@ -65,6 +65,7 @@ cases = [
     ("qawc_far", pv(lambda x: 1 / (1 + x * x), 0, 1, 3)),
     ("qng_gauss", sqrt(pi) / 2 * mp.erf(3)),
     ("qng_sqrt", mp.mpf(2) / 3),
+    ("qng_sqrtshift", (mp.mpf('3.01') ** 1.5 - mp.mpf('0.01') ** 1.5) * 2 / 3),
     ("qagp_cubiclog", q(lambda x: x ** 3 * log(abs((x * x - 1) * (x * x - 2))), [0, 1, sqrt(2), 3])),
     ("qaws_one_w1", pi),
     ("qaws_cos_w2", alg_log(cos, 0, 1, 2, 0, 0)),
