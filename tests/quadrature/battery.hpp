@@ -78,6 +78,7 @@ std::vector<Case<T>> battery() {
         {"qawo_log_sin", "qawo_log_sin", Kind::qawo, b_guardlog<T>, 0, 1, 10 * pi, 2, 0, 0, 0},
         {"qawo_exp_cos", "qawo_exp_cos", Kind::qawo, b_expm<T>, 0, 2, 20, 1, 0, 0, 0},
         {"qawo_lorentz_cos", "qawo_lorentz_cos", Kind::qawo, b_lorentz<T>, -1, 4, 3, 1, 0, 0, 0},
+        {"qawo_peak_sin", "qawo_peak_sin", Kind::qawo, b_peak<T>, 0, 1, 40, 2, 0, 0, 0},
         {"qawf_lorentz_cos", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 0},
         {"qawf_xlorentz_sin", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 0},
         {"qawf_expm_sin", "qawf_expm_sin", Kind::qawf, b_expm<T>, 0, 0, 2, 2, 0, 0, 0},
@@ -96,6 +97,8 @@ std::vector<Case<T>> battery() {
         {"qaws_cos_w2", "qaws_cos_w2", Kind::qaws, b_cos<T>, 0, 1, 0, 2, 0, 0, 0},
         {"qaws_exp_w3", "qaws_exp_w3", Kind::qaws, b_expm<T>, 0, 2, 0, 3, 0.5, -0.3, 0},
         {"qaws_exp_w4", "qaws_exp_w4", Kind::qaws, b_expm<T>, 0, 1, 0, 4, -0.5, 0.3, 0},
+        {"qaws_peak_w1", "qaws_peak_w1", Kind::qaws, b_peak<T>, 0, 1, 0, 1, -0.5, 0, 0},
+        {"qaws_peak_w4", "qaws_peak_w4", Kind::qaws, b_peak<T>, 0, 1, 0, 4, 0.5, -0.5, 0},
     };
 }
 

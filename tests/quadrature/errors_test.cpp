@@ -305,6 +305,55 @@ TYPED_TEST(QuadratureErrors, EachRuleIsExactUpToItsDegree) {
     }
 }
 
+// A zero integrand has a zero error estimate on the first rule application, which ends the
+// work at once: one subinterval (two for the algebraic-logarithmic step, which starts from
+// the halves) and the integrand calls of one application.
+template <class T> T zero(T) { return 0; }
+
+TYPED_TEST(QuadratureErrors, ZeroIntegrandStopsAfterTheFirstApplication) {
+    using T = TypeParam;
+    using A = Api<T>;
+    const T pts[1] = {T(0.5)};
+    struct Row {
+        const char* what;
+        int subintervals, evals;
+        std::function<T(int*, int*)> call;
+    };
+    const std::vector<Row> rows = {
+        {"int_fcn", 1, 21, [](int* s, int* n) { return A::fcn(zero<T>, T(0), T(1), QNUM_N_SUBINTER, s, QNUM_N_EVALS, n, 0); }},
+        {"sing", 1, 21, [](int* s, int* n) { return A::sing(zero<T>, T(0), T(1), QNUM_N_SUBINTER, s, QNUM_N_EVALS, n, 0); }},
+        {"inf", 1, 15, [](int* s, int* n) { return A::inf(zero<T>, T(0), 1, QNUM_N_SUBINTER, s, QNUM_N_EVALS, n, 0); }},
+        {"sing_pts", 2, 42,
+         [&](int* s, int* n) { return A::sing_pts(zero<T>, T(0), T(1), 1, pts, QNUM_N_SUBINTER, s, QNUM_N_EVALS, n, 0); }},
+        {"trig", 1, 25,
+         [](int* s, int* n) { return A::trig(zero<T>, T(50), 1, T(0), T(1), QNUM_N_SUBINTER, s, QNUM_N_EVALS, n, 0); }},
+        {"alg_log", 2, 50,
+         [](int* s, int* n) { return A::alg_log(zero<T>, T(0), T(1), 1, T(-0.5), T(0.5), QNUM_N_SUBINTER, s, QNUM_N_EVALS, n, 0); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        int nsub = -1, nev = -1;
+        EXPECT_EQ(row.call(&nsub, &nev), T(0));
+        EXPECT_EQ(last_type(), 0);
+        EXPECT_EQ(nsub, row.subintervals);
+        EXPECT_EQ(nev, row.evals);
+    }
+}
+
+// Fewer moment levels than bisection levels: past the last kept level each new one is
+// computed again in the last row, and the result is as good.
+TYPED_TEST(QuadratureErrors, FewMomentLevelsGiveTheSameIntegral) {
+    using T = TypeParam;
+    using A = Api<T>;
+    const T full = A::trig(b_peak<T>, T(60), 2, T(0), T(1), 0);
+    for (int levels : {1, 2, 3}) {
+        SCOPED_TRACE(levels);
+        const T r = A::trig(b_peak<T>, T(60), 2, T(0), T(1), QNUM_MAX_MOMENTS, levels, 0);
+        EXPECT_EQ(last_type(), 0);
+        EXPECT_NEAR(r, full, 1e3 * Prec<T>::eps() * std::abs(full));
+    }
+}
+
 // The user-code marker is on while the integrand runs and off again between calls.
 double marker_probe(double x) {
     EXPECT_EQ(qnum::context()->top->user, 1);

@@ -9,7 +9,7 @@
 
 #include "frame/prec.hpp"
 #include "quadrature/rules.hpp"
-#include "quadrature/steps.hpp"
+#include "quadrature/subdivide.hpp"
 
 namespace qnum::test {
 namespace {
@@ -66,6 +66,30 @@ TYPED_TEST(Rules, ChebyshevExpansionIsTheCosineTransform) {
         for (int j = 0; j < 13; ++j) sum += (j == 0 || j == 12 ? 0.5 : 1.0) * f[2 * j] * std::cos(k * j * pi / 12);
         sum /= (k == 0 || k == 12) ? 12 : 6;
         EXPECT_NEAR(c12[k], sum, 32 * Prec<T>::eps()) << "cheb12 " << k;
+    }
+}
+
+// The epsilon algorithm on partial sums of slowly converging series: the limits of
+// sum (-1)^k / (k+1) = log 2 and of the Leibniz series pi/4, from twenty terms (whose plain
+// sums are still only good to two digits).
+TYPED_TEST(Rules, EpsilonAlgorithmAcceleratesPartialSums) {
+    using T = TypeParam;
+    const double limits[] = {0.69314718055994530942, 0.78539816339744830962};
+    for (int series = 0; series < 2; ++series) {
+        SCOPED_TRACE(series);
+        quadrature::Epsilon<T> eps;
+        T s = 0, result = 0, abserr = 0, best = 1;
+        for (int k = 0; k < 20; ++k) {
+            s += T((k % 2 ? -1.0 : 1.0) / (series == 0 ? k + 1 : 2 * k + 1));
+            eps.epstab[eps.n] = s;
+            ++eps.n;
+            eps.extrapolate(result, abserr);
+            if (k >= 4) best = std::min(best, T(std::abs(result - limits[series])));
+        }
+        const T tol = std::max(T(64) * Prec<T>::eps(), T(1e-13));
+        EXPECT_LT(std::abs(result - T(limits[series])), tol);
+        EXPECT_LT(best, tol);
+        EXPECT_LE(std::abs(result - T(limits[series])), abserr);
     }
 }
 

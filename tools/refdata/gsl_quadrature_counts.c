@@ -59,6 +59,7 @@ static const struct Case cases[] = {
     {"qawo_log_sin", QAWO, b_guardlog, 0, 1, 10 * PI, 2, 0, 0},
     {"qawo_exp_cos", QAWO, b_expm, 0, 2, 20, 1, 0, 0},
     {"qawo_lorentz_cos", QAWO, b_lorentz, -1, 4, 3, 1, 0, 0},
+    {"qawo_peak_sin", QAWO, b_peak, 0, 1, 40, 2, 0, 0},
     {"qawf_lorentz_cos", QAWF, b_lorentz, 0, 0, 1, 1, 0, 0},
     {"qawf_xlorentz_sin", QAWF, b_xlorentz, 0, 0, 1, 2, 0, 0},
     {"qawf_expm_sin", QAWF, b_expm, 0, 0, 2, 2, 0, 0},
@@ -76,6 +77,8 @@ static const struct Case cases[] = {
     {"qaws_cos_w2", QAWS, b_cos, 0, 1, 0, 2, 0, 0},
     {"qaws_exp_w3", QAWS, b_expm, 0, 2, 0, 3, 0.5, -0.3},
     {"qaws_exp_w4", QAWS, b_expm, 0, 1, 0, 4, -0.5, 0.3},
+    {"qaws_peak_w1", QAWS, b_peak, 0, 1, 0, 1, -0.5, 0},
+    {"qaws_peak_w4", QAWS, b_peak, 0, 1, 0, 4, 0.5, -0.5},
 };
 
 int main(void) {

@@ -57,6 +57,7 @@ cases = [
     ("qawo_log_sin", q(lambda x: log(x) * sin(10 * pi * x), mp.linspace(0, 1, 41))),
     ("qawo_exp_cos", q(lambda x: exp(-x) * cos(20 * x), mp.linspace(0, 2, 41))),
     ("qawo_lorentz_cos", q(lambda x: cos(3 * x) / (1 + x * x), [-1, 0, 1, 2, 3, 4])),
+    ("qawo_peak_sin", q(lambda x: sin(40 * x) / ((x - 0.3) ** 2 + 0.001), mp.linspace(0, 1, 41))),
     ("qawf_lorentz_cos", pi / (2 * e)),
     ("qawf_xlorentz_sin", pi / (2 * e)),
     ("qawf_expm_sin", mp.mpf(2) / 5),
@@ -71,6 +72,9 @@ cases = [
     ("qaws_cos_w2", alg_log(cos, 0, 1, 2, 0, 0)),
     ("qaws_exp_w3", alg_log(lambda x: exp(-x), 0, 2, 3, mp.mpf('0.5'), mp.mpf('-0.3'))),
     ("qaws_exp_w4", alg_log(lambda x: exp(-x), 0, 1, 4, mp.mpf('-0.5'), mp.mpf('0.3'))),
+    ("qaws_peak_w1", q(lambda x: x ** -0.5 / ((x - 0.3) ** 2 + 0.001), [0, 0.3, 1])),
+    ("qaws_peak_w4", q(lambda x: x ** 0.5 * (1 - x) ** -0.5 * log(x) * log(1 - x) / ((x - 0.3) ** 2 + 0.001),
+                       [0, 0.3, 1])),
 ]
 
 
