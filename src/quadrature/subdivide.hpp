@@ -85,8 +85,9 @@ void store_halves(const Lists<T>& w, int maxerr_slot, int last, T a1, T b1, T ar
 // True when [a1, b2] with midpoint a2 can no longer be split in this precision.
 template <class T>
 bool too_small(T a1, T a2, T b2) {
-    // The factor 0.1 of the step's 1000 c eps: two orders of magnitude above the spacing.
-    static const T grow = T(1) + T(100) * Prec<T>::eps(), floor = T(1000) * Prec<T>::tiny();
+    // (1 + 1000 c eps)(|midpoint| + 10000 u) with c = 0.1: two orders of magnitude above the
+    // spacing of the numbers, and clear of the underflow threshold near zero.
+    static const T grow = T(1) + T(100) * Prec<T>::eps(), floor = T(10000) * Prec<T>::tiny();
     const T tmp = grow * (std::abs(a2) + floor);
     return std::abs(a1) <= tmp && std::abs(b2) <= tmp;
 }

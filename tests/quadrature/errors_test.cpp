@@ -7,6 +7,9 @@
 #include <functional>
 #include <numeric>
 #include <sys/mman.h>
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
 #include <vector>
 
 #include "battery.hpp"
@@ -379,6 +382,11 @@ TEST(QuadratureDeathTest, FaultingIntegrandStopsWithStatus5) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
+#if defined(__SANITIZE_ADDRESS__)
+            // The jump out of the fault skips the worker's destructors: the lists are lost on
+            // purpose, as the process stops; the leak checker would change the exit status.
+            __lsan_disable();
+#endif
             qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
             qnum_d_int_fcn(faulting_integrand, 0.0, 1.0, 0);
         },
