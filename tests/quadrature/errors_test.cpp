@@ -357,6 +357,19 @@ TYPED_TEST(QuadratureErrors, FewMomentLevelsGiveTheSameIntegral) {
     }
 }
 
+// A principal value that vanishes by symmetry: the first Clenshaw-Curtis estimate is trusted
+// only when it is small against the value itself, so the routine subdivides and still
+// returns zero within the tolerance.
+TYPED_TEST(QuadratureErrors, VanishingPrincipalValueIsNotTakenFromTheFirstEstimate) {
+    using T = TypeParam;
+    using A = Api<T>;
+    int nsub = 0;
+    const T r = A::cauchy(b_one<T>, T(-1), T(1), T(0), QNUM_N_SUBINTER, &nsub, 0);
+    EXPECT_EQ(last_type(), 0);
+    EXPECT_GT(nsub, 1);
+    EXPECT_NEAR(r, T(0), std::sqrt(Prec<T>::eps()));
+}
+
 // The user-code marker is on while the integrand runs and off again between calls.
 double marker_probe(double x) {
     EXPECT_EQ(qnum::context()->top->user, 1);
