@@ -925,7 +925,87 @@ QNUM_API Qnum_d_ppoly* qnum_d_ppoly_create(int domain_dim, int target_dim, int o
  * Adaptive quadrature
  * ------------------------------------------------------------------------------------------ */
 
-/* (declarations of this section go here) */
+/* Integrate a user function of one variable. fcn is the integrand alone; the routines apply
+ * any weight themselves. Every call of fcn is marked as user code on the error stack.
+ * Shared options (values after each code; float options of qnum_f_ pass as double):
+ *   QNUM_ERR_ABS double, QNUM_ERR_REL double (both default sqrt(qnum_amach(4)), or
+ *   sqrt(qnum_dmach(4)) for qnum_d_), QNUM_ERR_ABS_ADR and QNUM_ERR_REL_ADR (the same, by
+ *   address), QNUM_ERR_EST T* (estimate of the absolute error), QNUM_N_EVALS int* (calls of
+ *   fcn), QNUM_FCN_W_DATA T (*)(T, void*), void* (called in place of fcn, with the pointer).
+ * Adaptive members also take QNUM_MAX_SUBINTER int (default 500), QNUM_N_SUBINTER int*,
+ *   QNUM_ERR_LIST_USER T[max_subinter] (error estimate of each subinterval) and
+ *   QNUM_ORDER_LIST_USER int[max_subinter] (0-based subinterval numbers, largest error first).
+ * Result: the integral; NaN after an error of type FATAL or worse.
+ * Errors: TERMINAL 4001 max_subinter too small, 4002 rule not 1..6, 4003 err_abs < 0,
+ *   4004 err_rel < 0, 4005 both tolerances zero, 4006 err_rel >= 1, 6002 no integrand,
+ *   103 unknown option, 104 null option pointer, 201 no memory for the lists;
+ *   FATAL 4007 max_subinter subintervals used (err_est, n_subinter, n_evals still returned);
+ *   WARNING 4008 roundoff, 4009 bad integrand behaviour on a subinterval, 4018 roundoff in
+ *   the extrapolation table, 4019 probably divergent; and each member's own below. */
+#ifndef QNUM_ERR_ABS
+#define QNUM_ERR_ABS 10010
+#endif
+#ifndef QNUM_ERR_REL
+#define QNUM_ERR_REL 10011
+#endif
+#ifndef QNUM_ERR_ABS_ADR
+#define QNUM_ERR_ABS_ADR 11036
+#endif
+#ifndef QNUM_ERR_REL_ADR
+#define QNUM_ERR_REL_ADR 11035
+#endif
+#define QNUM_RULE 10019             /* int rule 1..6: 15, 21, 31, 41, 51, 61 points (default 2) */
+#define QNUM_ERR_EST 10020          /* T* err_est */
+#define QNUM_MAX_SUBINTER 10021     /* int max_subinter */
+#define QNUM_N_SUBINTER 10022       /* int* n_subinter */
+#define QNUM_N_EVALS 10023          /* int* n_evals */
+#define QNUM_ERR_LIST_USER 10024    /* T err_list[max_subinter] */
+#define QNUM_ORDER_LIST_USER 10025  /* int order_list[max_subinter] */
+#define QNUM_MAX_MOMENTS 10046      /* int: levels of Chebyshev moments kept (default 21) */
+#define QNUM_MAX_CYCLES 10047       /* int: cycles of a Fourier integral (default 50, >= 3) */
+
+/* General integrand over [a, b]: globally adaptive Gauss-Kronrod (QNUM_RULE). */
+QNUM_API float qnum_f_int_fcn(float (*fcn)(float), float a, float b, ...);
+QNUM_API double qnum_d_int_fcn(double (*fcn)(double), double a, double b, ...);
+/* Integrable singularities at or inside [a, b]: 21-point rule with extrapolation. */
+QNUM_API float qnum_f_int_fcn_sing(float (*fcn)(float), float a, float b, ...);
+QNUM_API double qnum_d_int_fcn_sing(double (*fcn)(double), double a, double b, ...);
+/* interval_code -1: (-inf, bound], 1: [bound, +inf), 2: the whole line (TERMINAL 4010). */
+QNUM_API float qnum_f_int_fcn_inf(float (*fcn)(float), float bound, int interval_code, ...);
+QNUM_API double qnum_d_int_fcn_inf(double (*fcn)(double), double bound, int interval_code, ...);
+/* fcn(x) cos(omega x) (weight_code 1) or sin(omega x) (2) over [a, b]. TERMINAL 4011 bad
+ * weight code, 4014 QNUM_MAX_MOMENTS < 1. */
+QNUM_API float qnum_f_int_fcn_trig(float (*fcn)(float), float omega, int weight_code, float a, float b,
+                                   ...);
+QNUM_API double qnum_d_int_fcn_trig(double (*fcn)(double), double omega, int weight_code, double a,
+                                    double b, ...);
+/* fcn(x) cos(omega x) or sin(omega x) over [a, +inf), cycle by cycle with extrapolation.
+ * The tolerance is absolute (QNUM_ERR_ABS; TERMINAL 4023 when it is zero). TERMINAL 4011,
+ * 4014, 4015 QNUM_MAX_CYCLES < 3; FATAL 4021 cycle limit; WARNING 4022 trouble in a cycle. */
+QNUM_API float qnum_f_int_fcn_fourier(float (*fcn)(float), float omega, int weight_code, float a, ...);
+QNUM_API double qnum_d_int_fcn_fourier(double (*fcn)(double), double omega, int weight_code, double a,
+                                       ...);
+/* Cauchy principal value of fcn(x) / (x - c) over [a, b]; TERMINAL 4012 when c = a or b. */
+QNUM_API float qnum_f_int_fcn_cauchy(float (*fcn)(float), float a, float b, float c, ...);
+QNUM_API double qnum_d_int_fcn_cauchy(double (*fcn)(double), double a, double b, double c, ...);
+/* Smooth integrand: the 21-, 43- and 87-point rules in turn, no subdivision. Takes only the
+ * shared options. FATAL 4020 when the 87-point rule misses the tolerance. */
+QNUM_API float qnum_f_int_fcn_smooth(float (*fcn)(float), float a, float b, ...);
+QNUM_API double qnum_d_int_fcn_smooth(double (*fcn)(double), double a, double b, ...);
+/* Integrand with trouble at the npoints break points inside [a, b] (any order).
+ * TERMINAL 4016 npoints < 0, 4017 a point outside [a, b], 150 points NULL, 4001 when
+ * max_subinter <= npoints. */
+QNUM_API float qnum_f_int_fcn_sing_pts(float (*fcn)(float), float a, float b, int npoints,
+                                       const float points[], ...);
+QNUM_API double qnum_d_int_fcn_sing_pts(double (*fcn)(double), double a, double b, int npoints,
+                                        const double points[], ...);
+/* fcn(x) w(x) over [a, b], a < b, with w(x) = (x-a)^alpha (b-x)^beta times 1 (weight_code 1),
+ * log(x-a) (2), log(b-x) (3) or log(x-a) log(b-x) (4). TERMINAL 4011, 4013 alpha or beta
+ * <= -1, 4024 a >= b, 4001 max_subinter < 2. */
+QNUM_API float qnum_f_int_fcn_alg_log(float (*fcn)(float), float a, float b, int weight_code, float alpha,
+                                      float beta, ...);
+QNUM_API double qnum_d_int_fcn_alg_log(double (*fcn)(double), double a, double b, int weight_code,
+                                       double alpha, double beta, ...);
 
 /* ------------------------------------------------------------------------------------------
  * Zeros of a real function

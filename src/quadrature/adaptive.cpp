@@ -1,0 +1,568 @@
+// Adaptive Gauss-Kronrod subdivision: the plain step, the extrapolating steps for end-point
+// singularities, infinite ranges and user break points, and the non-adaptive Patterson rule.
+//
+// Algorithms of QUADPACK (Piessens, de Doncker-Kapenga, Ueberhuber, Kahaner, Springer 1983):
+// QAGE, QAGSE, QAGIE, QAGPE and QNG, with the epsilon algorithm of Wynn for the limit of the
+// sequence of partial results.
+#include <algorithm>
+#include <cmath>
+
+#include "quadrature/subdivide.hpp"
+
+namespace qnum::quadrature {
+
+template <class T>
+void Epsilon<T>::extrapolate(T& result, T& abserr) {
+    const T epmach = Prec<T>::eps(), oflow = Prec<T>::huge();
+    T* e = epstab - 1;  // 1-based, as the table's diagonals are counted
+    ++nres;
+    abserr = oflow;
+    result = e[n];
+    if (n < 3) {
+        abserr = std::max(abserr, T(5) * epmach * std::abs(result));
+        return;
+    }
+    const int limexp = 50;
+    e[n + 2] = e[n];
+    const int newelm = (n - 1) / 2;
+    e[n] = oflow;
+    const int num = n;
+    int k1 = n;
+    for (int i = 1; i <= newelm; ++i) {
+        const int k2 = k1 - 1, k3 = k1 - 2;
+        T res = e[k1 + 2];
+        const T e0 = e[k3], e1 = e[k2], e2 = res;
+        const T e1abs = std::abs(e1);
+        const T delta2 = e2 - e1, err2 = std::abs(delta2);
+        const T tol2 = std::max(std::abs(e2), e1abs) * epmach;
+        const T delta3 = e1 - e0, err3 = std::abs(delta3);
+        const T tol3 = std::max(e1abs, std::abs(e0)) * epmach;
+        if (err2 <= tol2 && err3 <= tol3) {
+            // e0, e1 and e2 agree to machine accuracy: convergence is assumed.
+            result = res;
+            abserr = err2 + err3;
+            abserr = std::max(abserr, T(5) * epmach * std::abs(result));
+            return;
+        }
+        const T e3 = e[k1];
+        e[k1] = e1;
+        const T delta1 = e1 - e3, err1 = std::abs(delta1);
+        const T tol1 = std::max(e1abs, std::abs(e3)) * epmach;
+        // Two close elements: the table is cut here, the rest would be noise.
+        if (err1 <= tol1 || err2 <= tol2 || err3 <= tol3) {
+            n = i + i - 1;
+            break;
+        }
+        const T ss = T(1) / delta1 + T(1) / delta2 - T(1) / delta3;
+        if (std::abs(ss * e1) <= T(1e-4)) {
+            n = i + i - 1;
+            break;
+        }
+        res = e1 + T(1) / ss;
+        e[k1] = res;
+        k1 -= 2;
+        const T error = err2 + std::abs(res - e2) + err3;
+        if (error <= abserr) {
+            abserr = error;
+            result = res;
+        }
+    }
+    if (n == limexp) n = 2 * (limexp / 2) - 1;
+    int ib = (num % 2 == 0) ? 2 : 1;
+    const int ie = newelm + 1;
+    for (int i = 1; i <= ie; ++i) {
+        e[ib] = e[ib + 2];
+        ib += 2;
+    }
+    if (num != n) {
+        int indx = num - n + 1;
+        for (int i = 1; i <= n; ++i) e[i] = e[indx++];
+    }
+    if (nres < 4) {
+        res3la[nres - 1] = result;
+        abserr = oflow;
+    } else {
+        abserr = std::abs(result - res3la[2]) + std::abs(result - res3la[1]) + std::abs(result - res3la[0]);
+        res3la[0] = res3la[1];
+        res3la[1] = res3la[2];
+        res3la[2] = result;
+    }
+    abserr = std::max(abserr, T(5) * epmach * std::abs(result));
+}
+
+template <class T>
+Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, const Lists<T>& w) {
+    const T epmach = Prec<T>::eps();
+    const KronrodRule<T> kr = kronrod_rule<T>(rule);
+    auto apply = [&](T lo, T hi) { return kronrod(kr, f, lo, hi); };
+    Outcome<T> out;
+    RuleOut<T> r = apply(a, b);
+    w.alist[0] = a;
+    w.blist[0] = b;
+    w.rlist[0] = r.result;
+    w.elist[0] = r.abserr;
+    w.iord[0] = 0;  // the subdivision starts from the head of the order list
+    out.last = 1;
+    out.result = r.result;
+    out.abserr = r.abserr;
+    T errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(r.result));
+    const bool done = (r.abserr <= errbnd && r.abserr != r.resabs) || r.abserr == 0;
+    if (r.abserr <= T(50) * epmach * r.resabs && r.abserr > errbnd) out.ier = roundoff;
+    // One subinterval allowed: the limit counts only when the single estimate misses.
+    if (w.limit == 1 && !done) out.ier = limit_reached;
+    if (out.ier != converged || done) {
+        out.bad_a = a;
+        out.bad_b = b;
+        return out;
+    }
+    bisect(apply, midpoint<T>, [](T, T) { return true; }, tol, w, out);
+    return out;
+}
+
+// The extrapolating subdivision shared by the singular and infinite-range steps: bisection
+// of the interval with the largest error, and once the small intervals dominate, the epsilon
+// algorithm on the sequence of totals obtained by refining only the large ones.
+template <class T, class Rule>
+Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lists<T>& w) {
+    const T epmach = Prec<T>::eps(), oflow = Prec<T>::huge();
+    Outcome<T> out;
+    RuleOut<T> r = apply(a, b);
+    w.alist[0] = a;
+    w.blist[0] = b;
+    w.rlist[0] = r.result;
+    w.elist[0] = r.abserr;
+    out.last = 1;
+    out.result = r.result;
+    out.abserr = r.abserr;
+    out.bad_a = a;
+    out.bad_b = b;
+    const T defabs = r.resabs;
+    const T dres = std::abs(r.result);
+    T errbnd = std::max(tol.epsabs, tol.epsrel * dres);
+    int ier = 0;
+    const bool done = (r.abserr <= errbnd && r.abserr != r.resasc) || r.abserr == 0;
+    if (r.abserr <= T(100) * epmach * defabs && r.abserr > errbnd) ier = roundoff;
+    if (w.limit == 1 && !done) ier = limit_reached;
+    if (ier != 0 || done) {
+        out.ier = ier;
+        return out;
+    }
+    Epsilon<T> eps;
+    eps.epstab[0] = r.result;
+    T errmax = r.abserr, area = r.result, errsum = r.abserr, abserr = oflow, result = r.result;
+    T small = 0, erlarg = 0, ertest = 0, correc = 0;
+    int maxerr = 0, nrmax = 1, numrl2 = 2, ktmin = 0, ierro = 0, iroff1 = 0, iroff2 = 0, iroff3 = 0;
+    bool extrap = false, noext = false;
+    const int ksgn = dres >= (T(1) - T(50) * epmach) * defabs ? 1 : -1;
+    int last = 1;
+    bool summed = false;  // leave with the plain sum of the lists
+    while (last < w.limit) {
+        const T a1 = w.alist[maxerr], b1 = T(0.5) * (w.alist[maxerr] + w.blist[maxerr]);
+        const T a2 = b1, b2 = w.blist[maxerr];
+        const T erlast = errmax;
+        const RuleOut<T> r1 = apply(a1, b1), r2 = apply(a2, b2);
+        ++last;
+        const T area12 = r1.result + r2.result, erro12 = r1.abserr + r2.abserr;
+        errsum = errsum + erro12 - errmax;
+        area = area + area12 - w.rlist[maxerr];
+        if (r1.resasc != r1.abserr && r2.resasc != r2.abserr) {
+            if (std::abs(w.rlist[maxerr] - area12) <= T(1e-5) * std::abs(area12) && erro12 >= T(0.99) * errmax) {
+                if (extrap) ++iroff2;
+                else ++iroff1;
+            }
+            if (last > 10 && erro12 > errmax) ++iroff3;
+        }
+        errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
+        if (iroff1 + iroff2 >= 10 || iroff3 >= 20) ier = roundoff;
+        if (iroff2 >= 5) ierro = 3;
+        if (last == w.limit) ier = limit_reached;
+        if (too_small(a1, a2, b2)) ier = extrapolation_roundoff;  // renumbered below
+        out.bad_a = a1;
+        out.bad_b = b2;
+        store_halves(w, maxerr, last - 1, a1, b1, r1.result, r1.abserr, a2, b2, r2.result, r2.abserr, maxerr,
+                     errmax, nrmax);
+        if (errsum <= errbnd) {
+            summed = true;
+            break;
+        }
+        if (ier != 0) break;
+        if (last == 2) {
+            small = small0;
+            erlarg = errsum;
+            ertest = errbnd;
+            eps.epstab[1] = area;
+            continue;
+        }
+        if (noext) continue;
+        erlarg -= erlast;
+        if (std::abs(b1 - a1) > small) erlarg += erro12;
+        if (!extrap) {
+            // Extrapolation starts once the interval to bisect next is small.
+            if (std::abs(w.blist[maxerr] - w.alist[maxerr]) > small) continue;
+            extrap = true;
+            nrmax = 2;
+        }
+        bool large_left = false;
+        if (ierro != 3 && erlarg > ertest) {
+            // Bisect the large intervals first while their errors dominate.
+            const int id = nrmax;
+            const int jupbnd = last > 2 + w.limit / 2 ? w.limit + 3 - last : last;
+            for (int k = id; k <= jupbnd; ++k) {
+                maxerr = w.iord[nrmax - 1];
+                errmax = w.elist[maxerr];
+                if (std::abs(w.blist[maxerr] - w.alist[maxerr]) > small) {
+                    large_left = true;
+                    break;
+                }
+                ++nrmax;
+            }
+        }
+        if (large_left) continue;
+        ++numrl2;
+        eps.epstab[numrl2 - 1] = area;
+        eps.n = numrl2;
+        T reseps, abseps;
+        eps.extrapolate(reseps, abseps);
+        numrl2 = eps.n;
+        ++ktmin;
+        if (ktmin > 5 && abserr < T(1e-3) * errsum) ier = divergent;
+        if (abseps < abserr) {
+            ktmin = 0;
+            abserr = abseps;
+            result = reseps;
+            correc = erlarg;
+            ertest = std::max(tol.epsabs, tol.epsrel * std::abs(reseps));
+            if (abserr <= ertest) break;
+        }
+        if (numrl2 == 1) noext = true;
+        if (ier == divergent) break;
+        maxerr = w.iord[0];
+        errmax = w.elist[maxerr];
+        nrmax = 1;
+        extrap = false;
+        small *= T(0.5);
+        erlarg = errsum;
+    }
+    out.last = last;
+    // Choose between the extrapolated result and the plain sum of the lists.
+    if (!summed && abserr != oflow) {
+        bool use_sum = false;
+        if (ier + ierro != 0) {
+            if (ierro == 3) abserr += correc;
+            if (ier == 0) ier = bad_behaviour;  // renumbered below to roundoff
+            if (result != 0 && area != 0) {
+                use_sum = abserr / std::abs(result) > errsum / std::abs(area);
+            } else if (abserr > errsum) {
+                use_sum = true;
+            } else if (area == 0) {
+                out.ier = ier > 2 ? ier - 1 : ier;
+                out.result = result;
+                out.abserr = abserr;
+                return out;
+            }
+        }
+        if (!use_sum) {
+            if (!(ksgn == -1 && std::max(std::abs(result), std::abs(area)) <= defabs * T(0.01))) {
+                if (T(0.01) > result / area || result / area > T(100) || errsum > std::abs(area)) ier = 6;
+            }
+            out.ier = ier > 2 ? ier - 1 : ier;
+            out.result = result;
+            out.abserr = abserr;
+            return out;
+        }
+    }
+    out.result = sum_list(w.rlist, last);
+    out.abserr = sum_list(w.elist, last);
+    out.ier = ier > 2 ? ier - 1 : ier;
+    return out;
+}
+
+template <class T>
+Outcome<T> step_qags(Integrand<T>& f, T a, T b, Tol<T> tol, const Lists<T>& w) {
+    const KronrodRule<T> kr = kronrod_rule<T>(2);
+    return extrapolating([&](T lo, T hi) { return kronrod(kr, f, lo, hi); }, a, b,
+                         std::abs(b - a) * T(0.375), tol, w);
+}
+
+template <class T>
+Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, const Lists<T>& w) {
+    const T boun = inf == 2 ? T(0) : bound;
+    const T dir = inf == -1 ? T(-1) : T(1);
+    return extrapolating([&](T lo, T hi) { return kronrod_infinite(f, boun, dir, inf == 2, lo, hi); }, T(0),
+                         T(1), T(0.375), tol, w);
+}
+
+template <class T>
+Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
+    using D = tables::Data<T>;
+    const T epmach = Prec<T>::eps(), uflow = Prec<T>::tiny();
+    const T hlgth = T(0.5) * (b - a), dhlgth = std::abs(hlgth), centr = T(0.5) * (b + a);
+    const T fcentr = f(centr);
+    T savfun[21], fv1[5], fv2[5], fv3[5], fv4[5];
+    Outcome<T> out;
+    out.ier = limit_reached;
+    out.bad_a = a;
+    out.bad_b = b;
+    T res10 = 0, res21 = D::qng_w21b[5] * fcentr, resabs = D::qng_w21b[5] * std::abs(fcentr), resasc = 0;
+    T res43 = 0, res87 = 0;
+    for (int l = 1; l <= 3; ++l) {
+        if (l == 1) {
+            for (int k = 0; k < 5; ++k) {
+                const T absc = hlgth * D::qng_x1[k];
+                const T f1 = f(centr + absc), f2 = f(centr - absc);
+                res10 += D::qng_w10[k] * (f1 + f2);
+                res21 += D::qng_w21a[k] * (f1 + f2);
+                resabs += D::qng_w21a[k] * (std::abs(f1) + std::abs(f2));
+                savfun[k] = f1 + f2;
+                fv1[k] = f1;
+                fv2[k] = f2;
+            }
+            for (int k = 0; k < 5; ++k) {
+                const T absc = hlgth * D::qng_x2[k];
+                const T f1 = f(centr + absc), f2 = f(centr - absc);
+                res21 += D::qng_w21b[k] * (f1 + f2);
+                resabs += D::qng_w21b[k] * (std::abs(f1) + std::abs(f2));
+                savfun[5 + k] = f1 + f2;
+                fv3[k] = f1;
+                fv4[k] = f2;
+            }
+            out.result = res21 * hlgth;
+            resabs *= dhlgth;
+            const T reskh = T(0.5) * res21;
+            resasc = D::qng_w21b[5] * std::abs(fcentr - reskh);
+            for (int k = 0; k < 5; ++k)
+                resasc += D::qng_w21a[k] * (std::abs(fv1[k] - reskh) + std::abs(fv2[k] - reskh)) +
+                          D::qng_w21b[k] * (std::abs(fv3[k] - reskh) + std::abs(fv4[k] - reskh));
+            out.abserr = std::abs((res21 - res10) * hlgth);
+            resasc *= dhlgth;
+        } else if (l == 2) {
+            res43 = D::qng_w43b[11] * fcentr;
+            for (int k = 0; k < 10; ++k) res43 += savfun[k] * D::qng_w43a[k];
+            for (int k = 0; k < 11; ++k) {
+                const T absc = hlgth * D::qng_x3[k];
+                const T fval = f(absc + centr) + f(centr - absc);
+                res43 += fval * D::qng_w43b[k];
+                savfun[10 + k] = fval;
+            }
+            out.result = res43 * hlgth;
+            out.abserr = std::abs((res43 - res21) * hlgth);
+        } else {
+            res87 = D::qng_w87b[22] * fcentr;
+            for (int k = 0; k < 21; ++k) res87 += savfun[k] * D::qng_w87a[k];
+            for (int k = 0; k < 22; ++k) {
+                const T absc = hlgth * D::qng_x4[k];
+                res87 += D::qng_w87b[k] * (f(absc + centr) + f(centr - absc));
+            }
+            out.result = res87 * hlgth;
+            out.abserr = std::abs((res87 - res43) * hlgth);
+        }
+        if (resasc != 0 && out.abserr != 0)
+            out.abserr = resasc * std::min(T(1), std::pow(T(200) * out.abserr / resasc, T(1.5)));
+        if (resabs > uflow / (T(50) * epmach)) out.abserr = std::max(epmach * T(50) * resabs, out.abserr);
+        if (out.abserr <= std::max(tol.epsabs, tol.epsrel * std::abs(out.result))) {
+            out.ier = converged;
+            break;
+        }
+    }
+    return out;
+}
+
+template <class T>
+Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T> tol, const Lists<T>& w) {
+    const T epmach = Prec<T>::eps(), oflow = Prec<T>::huge();
+    const KronrodRule<T> kr = kronrod_rule<T>(2);
+    auto apply = [&](T lo, T hi) { return kronrod(kr, f, lo, hi); };
+    const int nint = npts + 1;
+    const T sign = a > b ? T(-1) : T(1);
+    Outcome<T> out;
+    // The break points, sorted, between the ordered end points; they live in blist until the
+    // intervals are formed (limit > npts leaves room for all of them).
+    T* pts = w.blist;
+    pts[0] = std::min(a, b);
+    for (int i = 0; i < npts; ++i) pts[i + 1] = points[i];
+    pts[nint] = std::max(a, b);
+    std::sort(pts + 1, pts + nint);
+    T result = 0, abserr = 0, resabs = 0;
+    T a1 = pts[0];
+    for (int i = 0; i < nint; ++i) {
+        const T b1 = pts[i + 1];
+        const RuleOut<T> r = apply(a1, b1);
+        abserr += r.abserr;
+        result += r.result;
+        // An estimate equal to its own deviation integral is unreliable: it takes the total.
+        w.level[i] = (r.abserr == r.resasc && r.abserr != 0) ? -1 : 0;
+        resabs += r.resabs;
+        w.elist[i] = r.abserr;
+        w.alist[i] = a1;
+        w.rlist[i] = r.result;
+        w.iord[i] = i;
+        a1 = b1;
+    }
+    for (int i = 0; i < nint; ++i) w.blist[i] = w.alist[i + 1 < nint ? i + 1 : i];
+    w.blist[nint - 1] = std::max(a, b);
+    T errsum = 0;
+    for (int i = 0; i < nint; ++i) {
+        if (w.level[i] == -1) w.elist[i] = abserr;
+        w.level[i] = 0;
+        errsum += w.elist[i];
+    }
+    int last = nint;
+    const T dres = std::abs(result);
+    T errbnd = std::max(tol.epsabs, tol.epsrel * dres);
+    int ier = 0;
+    if (abserr <= T(100) * epmach * resabs && abserr > errbnd) ier = roundoff;
+    // Order the first intervals by decreasing error (selection, as the number is small).
+    for (int i = 0; i < nint - 1; ++i) {
+        int ind1 = w.iord[i], k = i;
+        for (int j = i + 1; j < nint; ++j) {
+            const int ind2 = w.iord[j];
+            if (w.elist[ind1] <= w.elist[ind2]) {
+                ind1 = ind2;
+                k = j;
+            }
+        }
+        if (ind1 != w.iord[i]) {
+            w.iord[k] = w.iord[i];
+            w.iord[i] = ind1;
+        }
+    }
+    if (w.limit < npts + 2 && abserr > errbnd) ier = limit_reached;
+    out.last = last;
+    out.bad_a = a;
+    out.bad_b = b;
+    if (ier != 0 || abserr <= errbnd) {
+        out.ier = ier;
+        out.result = result * sign;
+        out.abserr = abserr;
+        return out;
+    }
+    Epsilon<T> eps;
+    eps.epstab[0] = result;
+    int maxerr = w.iord[0];
+    T errmax = w.elist[maxerr], area = result, erlarg = errsum, ertest = errbnd, correc = 0;
+    int nrmax = 1, numrl2 = 1, ktmin = 0, ierro = 0, iroff1 = 0, iroff2 = 0, iroff3 = 0, levmax = 1;
+    bool extrap = false, noext = false;
+    abserr = oflow;
+    const int ksgn = dres >= (T(1) - T(50) * epmach) * resabs ? 1 : -1;
+    bool summed = false;
+    while (last < w.limit) {
+        const int levcur = w.level[maxerr] + 1;
+        const T a1x = w.alist[maxerr], b1 = T(0.5) * (w.alist[maxerr] + w.blist[maxerr]);
+        const T a2 = b1, b2 = w.blist[maxerr];
+        const T erlast = errmax;
+        const RuleOut<T> r1 = apply(a1x, b1), r2 = apply(a2, b2);
+        ++last;
+        const T area12 = r1.result + r2.result, erro12 = r1.abserr + r2.abserr;
+        errsum = errsum + erro12 - errmax;
+        area = area + area12 - w.rlist[maxerr];
+        if (r1.resasc != r1.abserr && r2.resasc != r2.abserr) {
+            if (std::abs(w.rlist[maxerr] - area12) <= T(1e-5) * std::abs(area12) && erro12 >= T(0.99) * errmax) {
+                if (extrap) ++iroff2;
+                else ++iroff1;
+            }
+            if (last > 10 && erro12 > errmax) ++iroff3;
+        }
+        w.level[maxerr] = levcur;
+        w.level[last - 1] = levcur;
+        errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
+        if (iroff1 + iroff2 >= 10 || iroff3 >= 20) ier = roundoff;
+        if (iroff2 >= 5) ierro = 3;
+        if (last == w.limit) ier = limit_reached;
+        if (too_small(a1x, a2, b2)) ier = extrapolation_roundoff;
+        out.bad_a = a1x;
+        out.bad_b = b2;
+        store_halves(w, maxerr, last - 1, a1x, b1, r1.result, r1.abserr, a2, b2, r2.result, r2.abserr, maxerr,
+                     errmax, nrmax);
+        if (errsum <= errbnd) {
+            summed = true;
+            break;
+        }
+        if (ier != 0) break;
+        if (noext) continue;
+        erlarg -= erlast;
+        if (levcur + 1 <= levmax) erlarg += erro12;
+        if (!extrap) {
+            if (w.level[maxerr] + 1 <= levmax) continue;
+            extrap = true;
+            nrmax = 2;
+        }
+        bool large_left = false;
+        if (ierro != 3 && erlarg > ertest) {
+            const int id = nrmax;
+            const int jupbnd = last > 2 + w.limit / 2 ? w.limit + 3 - last : last;
+            for (int k = id; k <= jupbnd; ++k) {
+                maxerr = w.iord[nrmax - 1];
+                errmax = w.elist[maxerr];
+                if (w.level[maxerr] + 1 <= levmax) {
+                    large_left = true;
+                    break;
+                }
+                ++nrmax;
+            }
+        }
+        if (large_left) continue;
+        ++numrl2;
+        eps.epstab[numrl2 - 1] = area;
+        if (numrl2 > 2) {
+            eps.n = numrl2;
+            T reseps, abseps;
+            eps.extrapolate(reseps, abseps);
+            numrl2 = eps.n;
+            ++ktmin;
+            if (ktmin > 5 && abserr < T(1e-3) * errsum) ier = divergent;
+            if (abseps < abserr) {
+                ktmin = 0;
+                abserr = abseps;
+                result = reseps;
+                correc = erlarg;
+                ertest = std::max(tol.epsabs, tol.epsrel * std::abs(reseps));
+                if (abserr < ertest) break;
+            }
+            if (numrl2 == 1) noext = true;
+            if (ier >= divergent) break;
+        }
+        maxerr = w.iord[0];
+        errmax = w.elist[maxerr];
+        nrmax = 1;
+        extrap = false;
+        ++levmax;
+        erlarg = errsum;
+    }
+    out.last = last;
+    if (!summed && abserr != oflow) {
+        bool use_sum = false, plain = false;
+        if (ier + ierro != 0) {
+            if (ierro == 3) abserr += correc;
+            if (ier == 0) ier = bad_behaviour;
+            if (result != 0 && area != 0) use_sum = abserr / std::abs(result) > errsum / std::abs(area);
+            else if (abserr > errsum) use_sum = true;
+            else if (area == 0) plain = true;
+        }
+        if (!use_sum) {
+            if (!plain && !(ksgn == -1 && std::max(std::abs(result), std::abs(area)) <= resabs * T(0.01))) {
+                if (T(0.01) > result / area || result / area > T(100) || errsum > std::abs(area)) ier = 6;
+            }
+            out.ier = ier > 2 ? ier - 1 : ier;
+            out.result = result * sign;
+            out.abserr = abserr;
+            return out;
+        }
+    }
+    out.result = sum_list(w.rlist, last) * sign;
+    out.abserr = sum_list(w.elist, last);
+    out.ier = ier > 2 ? ier - 1 : ier;
+    return out;
+}
+
+#define QNUM_INSTANTIATE(T)                                                                            \
+    template struct Epsilon<T>;                                                                        \
+    template Outcome<T> step_qag(Integrand<T>&, T, T, Tol<T>, int, const Lists<T>&);                  \
+    template Outcome<T> step_qags(Integrand<T>&, T, T, Tol<T>, const Lists<T>&);                      \
+    template Outcome<T> step_qagi(Integrand<T>&, T, int, Tol<T>, const Lists<T>&);                    \
+    template Outcome<T> step_qagp(Integrand<T>&, T, T, int, const T*, Tol<T>, const Lists<T>&);       \
+    template Outcome<T> step_qng(Integrand<T>&, T, T, Tol<T>);
+QNUM_INSTANTIATE(float)
+QNUM_INSTANTIATE(double)
+#undef QNUM_INSTANTIATE
+
+}  // namespace qnum::quadrature

@@ -1,0 +1,314 @@
+// Workers of the adaptive quadrature routines: each reads its options, checks its arguments,
+// and hands its step to one driver that checks the tolerances, allocates the subinterval
+// lists, runs the step, returns the counts and maps the outcome to errors.
+#include "quadrature/quadrature.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+#include "frame/prec.hpp"
+#include "quadrature/steps.hpp"
+
+namespace qnum::quadrature {
+
+namespace {
+
+using frame::Int;
+using frame::Real;
+using frame::Str;
+using frame::Type;
+
+// Which options a routine takes beyond the tolerances and the error estimate.
+enum Accepts : unsigned {
+    takes_rule = 1u << 0,
+    takes_lists = 1u << 1,  // max_subinter, counts, caller's lists
+    takes_moments = 1u << 2,
+    takes_cycles = 1u << 3,
+};
+
+template <class T>
+struct Settings {
+    T err_abs = std::sqrt(Prec<T>::eps());
+    T err_rel = std::sqrt(Prec<T>::eps());
+    int rule = 2;
+    int max_subinter = 500;
+    int max_moments = 21;
+    int max_cycles = 50;
+    T* err_est = nullptr;
+    int* n_subinter = nullptr;
+    int* n_evals = nullptr;
+    T* err_list = nullptr;
+    int* order_list = nullptr;
+    Integrand<T> fcn;
+};
+
+// Reads the option list; an option the routine does not take is unknown (TERMINAL 103).
+template <class T>
+void read_options(Settings<T>& s, frame::Options& opt, unsigned accepts) {
+    while (int code = opt.next()) {
+        const bool lists = accepts & takes_lists;
+        if (code == QNUM_ERR_ABS) s.err_abs = static_cast<T>(opt.get<double>());
+        else if (code == QNUM_ERR_REL) s.err_rel = static_cast<T>(opt.get<double>());
+        else if (code == QNUM_ERR_ABS_ADR) { if (T* p = opt.ptr<T>("err_abs", "QNUM_ERR_ABS_ADR")) s.err_abs = *p; }
+        else if (code == QNUM_ERR_REL_ADR) { if (T* p = opt.ptr<T>("err_rel", "QNUM_ERR_REL_ADR")) s.err_rel = *p; }
+        else if (code == QNUM_ERR_EST) s.err_est = opt.ptr<T>("err_est", "QNUM_ERR_EST");
+        else if (code == QNUM_N_EVALS) s.n_evals = opt.ptr<int>("n_evals", "QNUM_N_EVALS");
+        else if (code == QNUM_FCN_W_DATA) {
+            s.fcn.with_data = opt.get<T (*)(T, void*)>();
+            s.fcn.data = opt.get<void*>();
+            s.fcn.plain = nullptr;  // a null function here is a missing integrand, not a fallback
+        } else if (code == QNUM_RULE && (accepts & takes_rule)) s.rule = opt.get<int>();
+        else if (code == QNUM_MAX_SUBINTER && lists) s.max_subinter = opt.get<int>();
+        else if (code == QNUM_N_SUBINTER && lists) s.n_subinter = opt.ptr<int>("n_subinter", "QNUM_N_SUBINTER");
+        else if (code == QNUM_ERR_LIST_USER && lists) s.err_list = opt.ptr<T>("err_list", "QNUM_ERR_LIST_USER");
+        else if (code == QNUM_ORDER_LIST_USER && lists)
+            s.order_list = opt.ptr<int>("order_list", "QNUM_ORDER_LIST_USER");
+        else if (code == QNUM_MAX_MOMENTS && (accepts & takes_moments)) s.max_moments = opt.get<int>();
+        else if (code == QNUM_MAX_CYCLES && (accepts & takes_cycles)) s.max_cycles = opt.get<int>();
+        else opt.unknown(code);
+    }
+}
+
+// Options, then the checks every worker makes itself: the list length (at least `min_lists`
+// entries; 0 for the non-adaptive rule) and the integrand.
+template <class T>
+Settings<T> start(Fcn<T> fcn, frame::Options& opt, unsigned accepts, int min_lists) {
+    Settings<T> s;
+    s.fcn.plain = fcn;
+    read_options(s, opt, accepts);
+    if (min_lists > 0 && s.max_subinter < min_lists)
+        frame::raise(Type::Terminal, err::max_subinter_too_small, Int{s.max_subinter}, Int{min_lists});
+    if (s.fcn.with_data == nullptr && s.fcn.plain == nullptr)
+        frame::raise(Type::Terminal, err::null_required_argument, Str{"fcn"});
+    return s;
+}
+
+// The tolerance checks of a step, in this order, all made before any work.
+template <class T>
+void check_tolerances(const Settings<T>& s, int min_lists, bool uses_rule, bool absolute_only) {
+    if (min_lists > 0 && s.max_subinter < min_lists)
+        frame::raise(Type::Terminal, err::max_subinter_too_small, Int{s.max_subinter}, Int{min_lists});
+    if (uses_rule && (s.rule < 1 || s.rule > 6)) frame::raise(Type::Terminal, err::bad_rule, Int{s.rule});
+    if (s.err_abs < 0) frame::raise(Type::Terminal, err::negative_err_abs, Real{s.err_abs});
+    if (s.err_rel < 0) frame::raise(Type::Terminal, err::negative_err_rel, Real{s.err_rel});
+    if (s.err_abs == 0 && s.err_rel == 0) frame::raise(Type::Terminal, err::zero_tolerances);
+    if (s.err_rel >= 1) frame::raise(Type::Terminal, err::err_rel_too_large, Real{s.err_rel});
+    if (absolute_only && s.err_abs == 0 && s.err_rel != 0)
+        frame::raise(Type::Terminal, err::fourier_needs_err_abs, Real{s.err_abs});
+}
+
+// The subinterval lists of one call, in one allocation: the caller's error and order lists
+// when given. The right-end list may need more room than max_subinter (break points).
+template <class T>
+struct Storage {
+    void* block = nullptr;
+    Lists<T> w{};
+
+    Storage() = default;
+    ~Storage() { std::free(block); }
+    Storage(const Storage&) = delete;
+    Storage& operator=(const Storage&) = delete;
+
+    bool allocate(const Settings<T>& s, int blist_length) {
+        const long long n = s.max_subinter, nb = std::max<long long>(n, blist_length);
+        // Per list entry: alist, rlist, elist, blist (reals), iord and level (ints); the
+        // reals first keep every list aligned.
+        const std::size_t per = 4 * sizeof(T) + 2 * sizeof(int);
+        const long long extra = (nb - n) * static_cast<long long>(sizeof(T)) / static_cast<long long>(per) + 1;
+        block = frame::allocate(n + extra, per, "max_subinter");  // 201 names max_subinter
+        if (block == nullptr) return false;
+        T* r = static_cast<T*>(block);
+        w.alist = r;
+        w.rlist = r + n;
+        w.elist = s.err_list ? s.err_list : r + 2 * n;
+        w.blist = r + 3 * n;
+        int* i = reinterpret_cast<int*>(r + 3 * n + nb);
+        w.iord = s.order_list ? s.order_list : i;
+        w.level = i + n;
+        w.limit = s.max_subinter;
+        return true;
+    }
+};
+
+// Raises the error of a step's outcome at the routine's level.
+template <class T>
+void report(const Outcome<T>& o, const Settings<T>& s, bool smooth) {
+    switch (o.ier) {
+    case limit_reached:
+        if (smooth) frame::raise(Type::Fatal, err::smooth_not_converged);
+        else frame::raise(Type::Fatal, err::subinterval_limit, Int{s.max_subinter});
+        break;
+    case roundoff: frame::raise(Type::Warning, err::roundoff, Real{s.err_abs}, Real{s.err_rel}); break;
+    case bad_behaviour: frame::raise(Type::Warning, err::bad_integrand, Real{o.bad_a}, Real{o.bad_b}); break;
+    case extrapolation_roundoff: frame::raise(Type::Warning, err::extrapolation_roundoff); break;
+    case divergent: frame::raise(Type::Warning, err::divergent); break;
+    case cycle_limit: frame::raise(Type::Fatal, err::cycle_limit, Int{s.max_cycles}); break;
+    case cycle_trouble: frame::raise(Type::Warning, err::bad_cycles, Real{o.bad_a}, Real{o.bad_b}); break;
+    default: break;
+    }
+}
+
+// What a step needs from the driver.
+struct StepKind {
+    const char* name;
+    int min_lists;      // 0: no lists (the non-adaptive rule)
+    int blist_length;   // the right-end list may need more room than max_subinter
+    bool uses_rule;
+    bool absolute_only;
+};
+
+// Runs one step: tolerance checks under the step's name, the lists, the step itself, the
+// returned counts, and the outcome's error at the routine's level.
+template <class T, class Run>
+T drive(Settings<T>& s, const StepKind& k, Run&& run) {
+    if (frame::pending()) return Prec<T>::nan();
+    Outcome<T> o;
+    Storage<T> store;
+    {
+        frame::Level step(k.name);
+        check_tolerances(s, k.min_lists, k.uses_rule, k.absolute_only);
+        if (frame::pending()) return Prec<T>::nan();
+        if (k.min_lists > 0 && !store.allocate(s, k.blist_length)) return Prec<T>::nan();
+        o = run(Tol<T>{s.err_abs, s.err_rel}, store.w);
+    }
+    if (frame::pending()) return Prec<T>::nan();
+    if (s.order_list != nullptr) {
+        // The caller's order list, complete: every subinterval by decreasing error.
+        const T* e = store.w.elist;
+        for (int i = 0; i < o.last; ++i) s.order_list[i] = i;
+        std::stable_sort(s.order_list, s.order_list + o.last, [e](int x, int y) { return e[x] > e[y]; });
+    }
+    if (s.err_est) *s.err_est = o.abserr;
+    if (s.n_subinter) *s.n_subinter = o.last;
+    if (s.n_evals) *s.n_evals = s.fcn.evals;
+    report(o, s, k.min_lists == 0);
+    return qnum::context()->status[0] >= 4 ? Prec<T>::nan() : o.result;
+}
+
+constexpr unsigned adaptive = takes_lists;
+
+}  // namespace
+
+template <class T>
+T int_fcn(Fcn<T> fcn, T a, T b, frame::Options opt) {
+    Settings<T> s = start(fcn, opt, adaptive | takes_rule, 1);
+    return drive(s, {"l_q2ag", 1, 0, true, false},
+                 [&](Tol<T> tol, const Lists<T>& w) { return step_qag(s.fcn, a, b, tol, s.rule, w); });
+}
+
+template <class T>
+T int_fcn_sing(Fcn<T> fcn, T a, T b, frame::Options opt) {
+    Settings<T> s = start(fcn, opt, adaptive, 1);
+    return drive(s, {"l_q2ags", 1, 0, false, false},
+                 [&](Tol<T> tol, const Lists<T>& w) { return step_qags(s.fcn, a, b, tol, w); });
+}
+
+template <class T>
+T int_fcn_inf(Fcn<T> fcn, T bound, int interval_code, frame::Options opt) {
+    Settings<T> s = start(fcn, opt, adaptive, 1);
+    if (interval_code != -1 && interval_code != 1 && interval_code != 2)
+        frame::raise(Type::Terminal, err::bad_interval_code, Int{interval_code});
+    return drive(s, {"l_q2agi", 1, 0, false, false},
+                 [&](Tol<T> tol, const Lists<T>& w) { return step_qagi(s.fcn, bound, interval_code, tol, w); });
+}
+
+// Checks shared by the oscillatory routines: weight code and moment limit.
+template <class T>
+void check_oscillatory(const Settings<T>& s, int weight_code) {
+    if (weight_code != 1 && weight_code != 2)
+        frame::raise(Type::Terminal, err::bad_weight_code, Int{weight_code}, Int{2});
+    if (s.max_moments < 1) frame::raise(Type::Terminal, err::bad_moment_limit, Int{s.max_moments});
+}
+
+template <class T>
+T int_fcn_trig(Fcn<T> fcn, T omega, int weight_code, T a, T b, frame::Options opt) {
+    Settings<T> s = start(fcn, opt, adaptive | takes_moments, 1);
+    check_oscillatory(s, weight_code);
+    frame::Buffer<T> chebmo;
+    if (!frame::pending()) chebmo = frame::Buffer<T>(25LL * s.max_moments, "max_moments");
+    return drive(s, {"l_q2awo", 1, 0, false, false}, [&](Tol<T> tol, const Lists<T>& w) {
+        Moments<T> mom{chebmo.get(), s.max_moments};
+        return step_qawo(s.fcn, a, b, omega, weight_code, tol, w, mom, false);
+    });
+}
+
+template <class T>
+T int_fcn_fourier(Fcn<T> fcn, T omega, int weight_code, T a, frame::Options opt) {
+    Settings<T> s = start(fcn, opt, adaptive | takes_moments | takes_cycles, 1);
+    check_oscillatory(s, weight_code);
+    if (s.max_cycles < 3) frame::raise(Type::Terminal, err::bad_cycle_limit, Int{s.max_cycles});
+    frame::Buffer<T> chebmo;
+    if (!frame::pending()) chebmo = frame::Buffer<T>(25LL * s.max_moments, "max_moments");
+    return drive(s, {"Q2AWF", 1, 0, false, true}, [&](Tol<T> tol, const Lists<T>& w) {
+        Moments<T> mom{chebmo.get(), s.max_moments};
+        return step_qawf(s.fcn, a, omega, weight_code, tol.epsabs, s.max_cycles, w, mom);
+    });
+}
+
+template <class T>
+T int_fcn_cauchy(Fcn<T> fcn, T a, T b, T c, frame::Options opt) {
+    Settings<T> s = start(fcn, opt, adaptive, 1);
+    if (c == a || c == b) frame::raise(Type::Terminal, err::cauchy_point_at_end, Real{c});
+    return drive(s, {"l_q2awc", 1, 0, false, false},
+                 [&](Tol<T> tol, const Lists<T>& w) { return step_qawc(s.fcn, a, b, c, tol, w); });
+}
+
+template <class T>
+T int_fcn_smooth(Fcn<T> fcn, T a, T b, frame::Options opt) {
+    Settings<T> s = start(fcn, opt, 0, 0);
+    return drive(s, {"QDNG", 0, 0, false, false},
+                 [&](Tol<T> tol, const Lists<T>&) { return step_qng(s.fcn, a, b, tol); });
+}
+
+template <class T>
+T int_fcn_sing_pts(Fcn<T> fcn, T a, T b, int npoints, const T* points, frame::Options opt) {
+    // Each break point adds an interval: the lists need room for all of them and one more.
+    Settings<T> s = start(fcn, opt, adaptive, 1);
+    if (npoints < 0) {
+        frame::raise(Type::Terminal, err::negative_npoints, Int{npoints});
+    } else if (npoints > 0 && check::array(points, "points")) {
+        const T lo = std::min(a, b), hi = std::max(a, b);
+        for (int i = 0; i < npoints; ++i) {
+            if (!(points[i] >= lo && points[i] <= hi)) {
+                frame::raise(Type::Terminal, err::point_outside, Int{i}, Real{points[i]}, Real{a}, Real{b});
+                break;
+            }
+        }
+    }
+    const int min_lists = npoints < 0 || npoints == 2147483647 ? 1 : npoints + 1;
+    if (!frame::pending() && s.max_subinter < min_lists)
+        frame::raise(Type::Terminal, err::max_subinter_too_small, Int{s.max_subinter}, Int{min_lists});
+    return drive(s, {"l_q2agp", min_lists, min_lists + 1, false, false}, [&](Tol<T> tol, const Lists<T>& w) {
+        return step_qagp(s.fcn, a, b, npoints, points, tol, w);
+    });
+}
+
+template <class T>
+T int_fcn_alg_log(Fcn<T> fcn, T a, T b, int weight_code, T alpha, T beta, frame::Options opt) {
+    // The step starts from the two halves of [a, b]: two list entries at least.
+    Settings<T> s = start(fcn, opt, adaptive, 2);
+    if (weight_code < 1 || weight_code > 4)
+        frame::raise(Type::Terminal, err::bad_weight_code, Int{weight_code}, Int{4});
+    if (!(alpha > -1) || !(beta > -1)) frame::raise(Type::Terminal, err::bad_exponent, Real{alpha}, Real{beta});
+    if (!(b > a)) frame::raise(Type::Terminal, err::bad_alg_log_interval, Real{a}, Real{b});
+    return drive(s, {"l_q2aws", 2, 0, false, false}, [&](Tol<T> tol, const Lists<T>& w) {
+        return step_qaws(s.fcn, a, b, weight_code, alpha, beta, tol, w);
+    });
+}
+
+#define QNUM_INSTANTIATE(T)                                                                   \
+    template T int_fcn(Fcn<T>, T, T, frame::Options);                                        \
+    template T int_fcn_sing(Fcn<T>, T, T, frame::Options);                                   \
+    template T int_fcn_inf(Fcn<T>, T, int, frame::Options);                                  \
+    template T int_fcn_trig(Fcn<T>, T, int, T, T, frame::Options);                           \
+    template T int_fcn_fourier(Fcn<T>, T, int, T, frame::Options);                           \
+    template T int_fcn_cauchy(Fcn<T>, T, T, T, frame::Options);                              \
+    template T int_fcn_smooth(Fcn<T>, T, T, frame::Options);                                 \
+    template T int_fcn_sing_pts(Fcn<T>, T, T, int, const T*, frame::Options);                \
+    template T int_fcn_alg_log(Fcn<T>, T, T, int, T, T, frame::Options);
+QNUM_INSTANTIATE(float)
+QNUM_INSTANTIATE(double)
+#undef QNUM_INSTANTIATE
+
+}  // namespace qnum::quadrature

@@ -1,0 +1,175 @@
+// Basic quadrature rules on one interval: Gauss-Kronrod pairs (plain, weighted and on the
+// transformed infinite range), the 10-21-43-87 Patterson sequence and the 25-point Chebyshev
+// expansion of the modified Clenshaw-Curtis rules.
+//
+// Rules and error estimates after R. Piessens, E. de Doncker-Kapenga, C. Ueberhuber and
+// D. Kahaner, QUADPACK (Springer, 1983), section 2.2 and 3.2; node and weight tables in
+// gk_tables.hpp.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+
+#include "frame/frame.hpp"
+#include "frame/prec.hpp"
+#include "quadrature/gk_tables.hpp"
+
+namespace qnum::quadrature {
+
+// Marks the current error-stack level as the user's while an integrand runs, exactly as
+// frame::UserCall does ("ON" before, "OFF" after), but by setting the level's flag in place:
+// an integrand is called millions of times, and the exported marker routine costs more per
+// call than a cheap integrand itself.
+class UserMark {
+public:
+    UserMark() : level_(context()->top) { level_->user = 1; }
+    ~UserMark() { level_->user = 0; }
+    UserMark(const UserMark&) = delete;
+    UserMark& operator=(const UserMark&) = delete;
+
+private:
+    StackEntry* level_;
+};
+
+// The user's integrand: a plain function or one with a data pointer. Every call counts and
+// marks the error stack as the user's, so errors raised inside it are reported to the caller.
+template <class T>
+struct Integrand {
+    T (*plain)(T) = nullptr;
+    T (*with_data)(T, void*) = nullptr;
+    void* data = nullptr;
+    int evals = 0;
+
+    T operator()(T x) {
+        ++evals;
+        UserMark mark;
+        return with_data != nullptr ? with_data(x, data) : plain(x);
+    }
+};
+
+// One rule application: the integral, its error estimate, the integral of |f| and of
+// |f - mean| over the interval.
+template <class T>
+struct RuleOut {
+    T result = 0, abserr = 0, resabs = 0, resasc = 0;
+};
+
+// The error estimate shared by every Kronrod-type rule: the raw difference is scaled by
+// (200 err / resasc)^1.5, which is pessimistic for slowly converging rules and sharp for
+// fast ones, and never drops below the rounding level 50 eps resabs.
+template <class T>
+T scaled_error(T abserr, T resabs, T resasc) {
+    // Read once: every rule application needs them.
+    static const T epmach = Prec<T>::eps(), uflow = Prec<T>::tiny();
+    if (resasc != 0 && abserr != 0)
+        abserr = resasc * std::min(T(1), std::pow(T(200) * abserr / resasc, T(1.5)));
+    if (resabs > uflow / (T(50) * epmach)) abserr = std::max(epmach * T(50) * resabs, abserr);
+    return abserr;
+}
+
+// A Gauss-Kronrod pair in the tables' layout: xgk[0..m-2] alternate added Kronrod nodes (even
+// positions) and Gauss nodes (odd positions), xgk[m-1] = 0 is the centre, which is a Gauss
+// node when the Gauss order is odd (m - 1 odd); wg[j] is the weight of xgk[2j + 1].
+template <class T>
+struct KronrodRule {
+    const T* xgk;
+    const T* wgk;
+    const T* wg;
+    int m;
+};
+
+// Rule code 1..6: 15, 21, 31, 41, 51 or 61 points.
+template <class T>
+KronrodRule<T> kronrod_rule(int rule) {
+    using D = tables::Data<T>;
+    switch (rule) {
+    case 1: return {D::qk15_xgk, D::qk15_wgk, D::qk15_wg, 8};
+    case 3: return {D::qk31_xgk, D::qk31_wgk, D::qk31_wg, 16};
+    case 4: return {D::qk41_xgk, D::qk41_wgk, D::qk41_wg, 21};
+    case 5: return {D::qk51_xgk, D::qk51_wgk, D::qk51_wg, 26};
+    case 6: return {D::qk61_xgk, D::qk61_wgk, D::qk61_wg, 31};
+    default: return {D::qk21_xgk, D::qk21_wgk, D::qk21_wg, 11};
+    }
+}
+
+// Applies the pair to g over [a, b]; g is the integrand, or the integrand times a weight.
+template <class T, class G>
+RuleOut<T> kronrod(const KronrodRule<T>& r, G&& g, T a, T b) {
+    const int c = r.m - 1;
+    const T centr = T(0.5) * (a + b), hlgth = T(0.5) * (b - a), dhlgth = std::abs(hlgth);
+    T fv1[31], fv2[31];
+    const T fc = g(centr);
+    T resg = (c % 2 == 1) ? fc * r.wg[c / 2] : T(0);
+    T resk = fc * r.wgk[c];
+    T resabs = std::abs(resk);
+    for (int j = 1; j < c; j += 2) {
+        const T absc = hlgth * r.xgk[j];
+        const T f1 = g(centr - absc), f2 = g(centr + absc);
+        fv1[j] = f1;
+        fv2[j] = f2;
+        resg += r.wg[j / 2] * (f1 + f2);
+        resk += r.wgk[j] * (f1 + f2);
+        resabs += r.wgk[j] * (std::abs(f1) + std::abs(f2));
+    }
+    for (int j = 0; j < c; j += 2) {
+        const T absc = hlgth * r.xgk[j];
+        const T f1 = g(centr - absc), f2 = g(centr + absc);
+        fv1[j] = f1;
+        fv2[j] = f2;
+        resk += r.wgk[j] * (f1 + f2);
+        resabs += r.wgk[j] * (std::abs(f1) + std::abs(f2));
+    }
+    const T reskh = resk * T(0.5);
+    T resasc = r.wgk[c] * std::abs(fc - reskh);
+    for (int j = 0; j < c; ++j) resasc += r.wgk[j] * (std::abs(fv1[j] - reskh) + std::abs(fv2[j] - reskh));
+    RuleOut<T> out;
+    out.result = resk * hlgth;
+    out.resabs = resabs * dhlgth;
+    out.resasc = resasc * dhlgth;
+    out.abserr = scaled_error(std::abs((resk - resg) * hlgth), out.resabs, out.resasc);
+    return out;
+}
+
+// The 15-point pair on [a, b] inside (0, 1] after x = bound + dir (1 - t) / t; dir is +1 or
+// -1, and `both` adds f(-x) for the whole line (bound 0).
+template <class T, class F>
+RuleOut<T> kronrod_infinite(F& f, T bound, T dir, bool both, T a, T b) {
+    using D = tables::Data<T>;
+    const T centr = T(0.5) * (a + b), hlgth = T(0.5) * (b - a);
+    auto g = [&](T t) {
+        const T x = bound + dir * (T(1) - t) / t;
+        T v = f(x);
+        if (both) v += f(-x);
+        return (v / t) / t;
+    };
+    T fv1[7], fv2[7];
+    const T fc = g(centr);
+    T resg = D::qk15i_wg[7] * fc, resk = D::qk15i_wgk[7] * fc, resabs = std::abs(resk);
+    for (int j = 0; j < 7; ++j) {
+        const T absc = hlgth * D::qk15i_xgk[j];
+        const T f1 = g(centr - absc), f2 = g(centr + absc);
+        fv1[j] = f1;
+        fv2[j] = f2;
+        resg += D::qk15i_wg[j] * (f1 + f2);
+        resk += D::qk15i_wgk[j] * (f1 + f2);
+        resabs += D::qk15i_wgk[j] * (std::abs(f1) + std::abs(f2));
+    }
+    const T reskh = resk * T(0.5);
+    T resasc = D::qk15i_wgk[7] * std::abs(fc - reskh);
+    for (int j = 0; j < 7; ++j)
+        resasc += D::qk15i_wgk[j] * (std::abs(fv1[j] - reskh) + std::abs(fv2[j] - reskh));
+    RuleOut<T> out;
+    out.result = resk * hlgth;
+    out.resasc = resasc * hlgth;
+    out.resabs = resabs * hlgth;
+    out.abserr = scaled_error(std::abs((resk - resg) * hlgth), out.resabs, out.resasc);
+    return out;
+}
+
+// Chebyshev coefficients of degrees 12 and 24 of the function sampled at cos(k pi / 24),
+// k = 0..24 (fval[0] and fval[24] already halved): the 24-point discrete cosine transform,
+// split by parity so that the 13-point one falls out of it.
+template <class T>
+void chebyshev_25(T fval[25], T cheb12[13], T cheb24[25]);
+
+}  // namespace qnum::quadrature

@@ -1,0 +1,97 @@
+// The building blocks of the weighted rules: the Chebyshev moments of cos and sin(p x) against
+// mpmath, and the 25-point Chebyshev expansion against the cosine sums that define it.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <map>
+#include <vector>
+
+#include "frame/prec.hpp"
+#include "quadrature/rules.hpp"
+#include "quadrature/subdivide.hpp"
+
+namespace qnum::test {
+namespace {
+
+template <class T>
+class Rules : public ::testing::Test {};
+using Precisions = ::testing::Types<float, double>;
+TYPED_TEST_SUITE(Rules, Precisions);
+
+// Both branches: the tridiagonal solve below |p| = 24, forward recursion above.
+TYPED_TEST(Rules, OscillatoryMomentsMatchMpmath) {
+    using T = TypeParam;
+    std::ifstream in(std::string(QNUM_TEST_DATA_DIR) + "/quadrature/moments.txt");
+    std::map<double, std::vector<double>> ref;
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.empty() || line[0] == '#') continue;
+        double p, v;
+        int k;
+        std::sscanf(line.c_str(), "%lf %d %lf", &p, &k, &v);
+        ref[p].push_back(v);
+    }
+    ASSERT_EQ(ref.size(), 6u);
+    for (const auto& [p, m] : ref) {
+        SCOPED_TRACE(p);
+        ASSERT_EQ(m.size(), 25u);
+        T row[25];
+        quadrature::oscillatory_moments(T(p), row);
+        for (int k = 0; k < 25; ++k) EXPECT_NEAR(row[k], m[k], 64 * Prec<T>::eps()) << "k " << k;
+    }
+}
+
+// cheb24[k] = (1/12) sum'' f_j cos(k j pi / 24) and cheb12 the same on every other point; the
+// samples are those of a function with every coefficient present.
+TYPED_TEST(Rules, ChebyshevExpansionIsTheCosineTransform) {
+    using T = TypeParam;
+    const double pi = 3.14159265358979323846;
+    double f[25];
+    for (int j = 0; j < 25; ++j) {
+        const double x = std::cos(j * pi / 24);
+        f[j] = std::exp(x) * std::sin(3 * x + 0.3) + 1 / (1.5 - x);
+    }
+    T s[25], c12[13], c24[25];
+    for (int j = 0; j < 25; ++j) s[j] = T(j == 0 || j == 24 ? 0.5 * f[j] : f[j]);
+    quadrature::chebyshev_25(s, c12, c24);
+    for (int k = 0; k < 25; ++k) {
+        double sum = 0;
+        for (int j = 0; j < 25; ++j) sum += (j == 0 || j == 24 ? 0.5 : 1.0) * f[j] * std::cos(k * j * pi / 24);
+        sum /= (k == 0 || k == 24) ? 24 : 12;
+        EXPECT_NEAR(c24[k], sum, 32 * Prec<T>::eps()) << "cheb24 " << k;
+    }
+    for (int k = 0; k < 13; ++k) {
+        double sum = 0;
+        for (int j = 0; j < 13; ++j) sum += (j == 0 || j == 12 ? 0.5 : 1.0) * f[2 * j] * std::cos(k * j * pi / 12);
+        sum /= (k == 0 || k == 12) ? 12 : 6;
+        EXPECT_NEAR(c12[k], sum, 32 * Prec<T>::eps()) << "cheb12 " << k;
+    }
+}
+
+// The epsilon algorithm on partial sums of slowly converging series: the limits of
+// sum (-1)^k / (k+1) = log 2 and of the Leibniz series pi/4, from twenty terms (whose plain
+// sums are still only good to two digits).
+TYPED_TEST(Rules, EpsilonAlgorithmAcceleratesPartialSums) {
+    using T = TypeParam;
+    const double limits[] = {0.69314718055994530942, 0.78539816339744830962};
+    for (int series = 0; series < 2; ++series) {
+        SCOPED_TRACE(series);
+        quadrature::Epsilon<T> eps;
+        T s = 0, result = 0, abserr = 0, best = 1;
+        for (int k = 0; k < 20; ++k) {
+            s += T((k % 2 ? -1.0 : 1.0) / (series == 0 ? k + 1 : 2 * k + 1));
+            eps.epstab[eps.n] = s;
+            ++eps.n;
+            eps.extrapolate(result, abserr);
+            if (k >= 4) best = std::min(best, T(std::abs(result - limits[series])));
+        }
+        const T tol = std::max(T(64) * Prec<T>::eps(), T(1e-13));
+        EXPECT_LT(std::abs(result - T(limits[series])), tol);
+        EXPECT_LT(best, tol);
+        EXPECT_LE(std::abs(result - T(limits[series])), abserr);
+    }
+}
+
+}  // namespace
+}  // namespace qnum::test
