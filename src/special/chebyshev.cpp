@@ -41,12 +41,14 @@ W csevl(W x, const C* cs, int n, const char* name) {
     if (x < W(-1.1) || x > W(1.1))
         raise_at(name, frame::Type::Warning, err::series_argument_outside,
                  frame::Real{static_cast<double>(x)});
-    W b0 = 0, b1 = 0, b2 = 0;
+    W b1 = 0, b0 = b1, b2 = b1;
     const W twox = 2 * x;
     for (int i = n; i >= 1; --i) {
         b2 = b1;
         b1 = b0;
-        b0 = twox * b1 - b2 + static_cast<W>(cs[i - 1]);
+        // The coefficient meets b2 off the chain of products through b1, which then sets the
+        // pace alone (one multiply and one add per term).
+        b0 = (static_cast<W>(cs[i - 1]) - b2) + twox * b1;
     }
     return W(0.5) * (b0 - b2);
 }

@@ -116,7 +116,8 @@ template <class T>
 Wide<T> gamma_body(Wide<T> x) {
     using W = Wide<T>;
     frame::Level level("l_gamma");
-    const int ngam = inits(gamcs<T>.data(), 42, T(0.1) * Mach<T>::small_spacing(), inits_name<T>());
+    // The kept terms depend only on the table and the precision: found once, not on every call.
+    static const int ngam = inits(gamcs<T>.data(), 42, T(0.1) * Mach<T>::small_spacing(), inits_name<T>());
     const GammaConstants<T>& k = constants<T>();
     const Limits<T>& lim = limits<T>();
     const W y = std::fabs(x);
@@ -253,13 +254,13 @@ Wide<T> beta_body(Wide<T> a, Wide<T> b) {
 
 }  // namespace
 
-// The correction log gamma(x) - [(x - 1/2) log x - x + log sqrt(2 pi)] for x >= 10. Its term
-// count is found again on each call, for the accuracy of the precision itself (the correction
-// is at most 1/120 of the result).
+// The correction log gamma(x) - [(x - 1/2) log x - x + log sqrt(2 pi)] for x >= 10. Its terms
+// are kept for the accuracy of the precision itself, not a tenth of it: the correction is at
+// most 1/120 of the result.
 template <class T>
 Wide<T> r9lgmc(Wide<T> x, const char* name) {
     using W = Wide<T>;
-    const int nalgm = inits(algmcs<T>.data(), 15, Mach<T>::small_spacing(), inits_name<T>());
+    static const int nalgm = inits(algmcs<T>.data(), 15, Mach<T>::small_spacing(), inits_name<T>());
     const GammaConstants<T>& k = constants<T>();
     if (x < 10) {
         raise_at(name, frame::Type::Fatal, err::correction_small_argument, frame::Real{double(x)},

@@ -112,7 +112,8 @@ T gamma_incomplete(T a, T x) {
 }
 
 // I_x(a, b) = x^a (1 - x)^b / (a B(a, b)) times the continued fraction, on the side of the mean
-// where it converges; I_x(a, b) = 1 - I_(1-x)(b, a) on the other. That subtraction magnifies
+// where it converges; I_x(a, b) = 1 - I_(1-x)(b, a) on the other (x = 0 and x = 1 come out
+// exactly: x^a or (1 - x)^b is then zero). That subtraction magnifies
 // the error of the smaller part, so both precisions sum it with the double routines' series in
 // long double.
 template <class T>
@@ -125,7 +126,6 @@ T beta_incomplete(T x, T a, T b) {
     if (!(a > 0) || !(b > 0))
         frame::raise(frame::Type::Terminal, err::beta_nonpositive, frame::Real{double(a)}, frame::Real{double(b)});
     if (frame::pending()) return Mach<T>::nan();
-    if (x == 0 || x == 1) return x;
     W wx = x, wa = a, wb = b;
     const bool swap = wx > (wa + 1) / (wa + wb + 2);
     if (swap) {

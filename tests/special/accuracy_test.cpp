@@ -12,6 +12,7 @@
 
 #include "qnum_test.hpp"
 #include "qnummath.h"
+#include "special_test.hpp"
 
 namespace qnum::test {
 namespace {
@@ -58,40 +59,19 @@ struct Target {
 
 template <class T>
 std::vector<Target<T>> targets() {
-    constexpr bool f = std::is_same_v<T, float>;
-    auto a = [](const double* v, int i) { return static_cast<T>(v[i]); };
+    using F = Api<T>;
     return {
-        {"erf", 1, [=](const double* v) { return f ? T(qnum_f_erf(a(v, 0))) : T(qnum_d_erf(a(v, 0))); }, 1, 2, false},
-        {"erfc", 1, [=](const double* v) { return f ? T(qnum_f_erfc(a(v, 0))) : T(qnum_d_erfc(a(v, 0))); }, 1, 2, false},
-        {"erf_inverse", 1,
-         [=](const double* v) { return f ? T(qnum_f_erf_inverse(a(v, 0))) : T(qnum_d_erf_inverse(a(v, 0))); }, 2, 2,
+        {"erf", 1, [](const double* v) { return F::erf(T(v[0])); }, 1, 2, false},
+        {"erfc", 1, [](const double* v) { return F::erfc(T(v[0])); }, 1, 2, false},
+        {"erf_inverse", 1, [](const double* v) { return F::erf_inverse(T(v[0])); }, 2, 2, false},
+        {"erfc_inverse", 1, [](const double* v) { return F::erfc_inverse(T(v[0])); }, 2, 2, false},
+        {"gamma", 1, [](const double* v) { return F::gamma(T(v[0])); }, 4, 2, false},
+        {"log_gamma", 1, [](const double* v) { return F::log_gamma(T(v[0])); }, 2, 2, true},
+        {"beta", 2, [](const double* v) { return F::beta(T(v[0]), T(v[1])); }, 4, 2, false},
+        {"log_beta", 2, [](const double* v) { return F::log_beta(T(v[0]), T(v[1])); }, 4, 2, true},
+        {"gamma_incomplete", 2, [](const double* v) { return F::gamma_incomplete(T(v[0]), T(v[1])); }, 16, 2, false},
+        {"beta_incomplete", 3, [](const double* v) { return F::beta_incomplete(T(v[0]), T(v[1]), T(v[2])); }, 16, 2,
          false},
-        {"erfc_inverse", 1,
-         [=](const double* v) { return f ? T(qnum_f_erfc_inverse(a(v, 0))) : T(qnum_d_erfc_inverse(a(v, 0))); }, 2, 2,
-         false},
-        {"gamma", 1, [=](const double* v) { return f ? T(qnum_f_gamma(a(v, 0))) : T(qnum_d_gamma(a(v, 0))); }, 4, 2,
-         false},
-        {"log_gamma", 1,
-         [=](const double* v) { return f ? T(qnum_f_log_gamma(a(v, 0))) : T(qnum_d_log_gamma(a(v, 0))); }, 2, 2, true},
-        {"beta", 2,
-         [=](const double* v) { return f ? T(qnum_f_beta(a(v, 0), a(v, 1))) : T(qnum_d_beta(a(v, 0), a(v, 1))); }, 4,
-         2, false},
-        {"log_beta", 2,
-         [=](const double* v) {
-             return f ? T(qnum_f_log_beta(a(v, 0), a(v, 1))) : T(qnum_d_log_beta(a(v, 0), a(v, 1)));
-         },
-         4, 2, true},
-        {"gamma_incomplete", 2,
-         [=](const double* v) {
-             return f ? T(qnum_f_gamma_incomplete(a(v, 0), a(v, 1))) : T(qnum_d_gamma_incomplete(a(v, 0), a(v, 1)));
-         },
-         16, 2, false},
-        {"beta_incomplete", 3,
-         [=](const double* v) {
-             return f ? T(qnum_f_beta_incomplete(a(v, 0), a(v, 1), a(v, 2)))
-                      : T(qnum_d_beta_incomplete(a(v, 0), a(v, 1), a(v, 2)));
-         },
-         16, 2, false},
     };
 }
 
@@ -185,14 +165,8 @@ TYPED_TEST(Accuracy, ErfeWithinAFewEpsRelativeToItsSize) {
     std::size_t at = 0;
     for (std::size_t i = 0; i < re.size(); ++i) {
         const T x = T(re[i].arg[0]), y = T(re[i].arg[1]);
-        long double gr, gi;
-        if constexpr (is_float) {
-            const qnum_f_complex w = qnum_c_erfe({x, y});
-            gr = w.re, gi = w.im;
-        } else {
-            const qnum_d_complex w = qnum_z_erfe({x, y});
-            gr = w.re, gi = w.im;
-        }
+        const std::complex<T> w = Api<T>::erfe(x, y);
+        const long double gr = w.real(), gi = w.imag();
         const long double size = std::hypot(re[i].ref, im[i].ref);
         if (!(size <= std::numeric_limits<T>::max() / 4)) continue;
         const long double err = std::hypot(gr - re[i].ref, gi - im[i].ref) / size / eps;
