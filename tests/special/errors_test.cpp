@@ -98,6 +98,9 @@ const std::vector<ErrorCase>& error_cases() {
          {200.0, 300.0}},
         {"beta_incomplete x > 1", [] { return f(qnum_f_beta_incomplete(1.5f, 1.0f, 1.0f)); }, 4, 120, IsNan,
          {0.0, 1.0, 1.5}},
+        // Parameters so large that the fraction and the series need far more terms than allowed.
+        {"beta_incomplete no convergence", [] { return qnum_d_beta_incomplete(0.5, 1e12, 1e12); }, 4, 9039, IsNan, {}},
+        {"gamma_incomplete no convergence", [] { return qnum_d_gamma_incomplete(1e12, 1e12); }, 4, 9039, IsNan, {}},
         {"beta_incomplete b = 0", [] { return qnum_d_beta_incomplete(0.5, 1.0, 0.0); }, 5, 9031, IsNan, {1.0, 0.0}},
         {"erfe far below the axis", [] { return f(qnum_c_erfe({0.0f, -10.0f}).re); }, 4, 9035, IsNan, {}},
         {"erfe far below the axis double", [] { return qnum_z_erfe({1.0, -30.0}).im; }, 4, 9035, IsNan, {}},
@@ -124,6 +127,9 @@ TEST(SpecialErrors, TypeCodeSlotsAndResult) {
         if (c.code == 120) {
             EXPECT_EQ(string_slot(1), "x") << c.what;
         }
+        if (c.code == 9039) {
+            EXPECT_EQ(int_slot(1), 10000) << c.what;
+        }
         if (c.code == 9001 || c.code == 9002) {
             EXPECT_EQ(int_slot(1), c.code == 9001 ? 0 : 1001) << c.what;
         }
@@ -136,12 +142,15 @@ TEST(SpecialErrors, LimitsSitAtTheEdgeOfTheRange) {
     QuietErrors quiet;
     qnum_f_gamma(36.0f);
     const float fxmax = float(real_slot(2));
+    // The largest arguments whose gamma is finite (mpmath, 40 digits).
+    EXPECT_EQ(fxmax, 35.040096282958984f);
     EXPECT_TRUE(std::isfinite(qnum_f_gamma(fxmax)));
     EXPECT_GT(qnum_f_gamma(fxmax), 1e38f);
     qnum_f_gamma(std::nextafter(fxmax, 100.0f));
     EXPECT_EQ(last_code(), 9009);
     qnum_d_gamma(172.0);
     const double dxmax = real_slot(2);
+    EXPECT_EQ(dxmax, 171.6243769563027);
     EXPECT_TRUE(std::isfinite(qnum_d_gamma(dxmax)));
     EXPECT_GT(qnum_d_gamma(dxmax), 1e307);
     qnum_d_gamma(-180.5);
