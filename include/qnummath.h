@@ -855,10 +855,11 @@ QNUM_API double qnum_dcsevl(double x, const double cs[], int n);
 QNUM_API float qnum_r9lgmc(float x);
 QNUM_API double qnum_d9lgmc(double x);
 
-/* Error functions. erf: no errors. erfc: ALERT 9015 (result 0) beyond the underflow limit.
- * erf_inverse (|x| < 1) and erfc_inverse (0 < x < 2): FATAL 120 outside, WARNING 9025/9029
- * where the argument's own spacing leaves fewer than half the digits, FATAL 9030 (last iterate
- * returned) if Newton's method fails. */
+/* Error functions. erf and erfc keep their term counts per thread: TERMINAL 200 when that
+ * block cannot be allocated. erfc: ALERT 9015 (result 0) beyond the underflow limit.
+ * erf_inverse (|x| < 1) and erfc_inverse (0 < x < 2): FATAL 120 outside (a NaN argument too),
+ * WARNING 9025/9029 where the argument's own spacing leaves fewer than half the digits, FATAL
+ * 9030 (last iterate returned) if Newton's method fails. */
 QNUM_API float qnum_f_erf(float x);
 QNUM_API double qnum_d_erf(double x);
 QNUM_API float qnum_f_erfc(float x);
