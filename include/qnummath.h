@@ -1029,7 +1029,64 @@ QNUM_API double qnum_d_int_fcn_alg_log(double (*fcn)(double), double a, double b
  * Special functions
  * ------------------------------------------------------------------------------------------ */
 
-/* (declarations of this section go here) */
+/* Every routine of this section takes its arguments by value and returns the function value;
+ * none takes options. A routine that fails returns NaN (a documented underflow returns 0) and
+ * reports through the error stack. The float routines carry their intermediates in double. */
+
+/* Chebyshev machinery. qnum_inits/qnum_initds: how many of the n coefficients cs[0..n-1] to keep
+ * so that the dropped ones sum to at most eta (decided in float for both); TERMINAL 9004 when
+ * n < 1, TERMINAL 9005 (0 terms) when even the last coefficient exceeds eta, 150 for a null cs.
+ * qnum_csevl/qnum_dcsevl: cs[0]/2 + sum_k cs[k] T_k(x) over n terms by Clenshaw's recurrence;
+ * TERMINAL 9001 (n < 1) and 9002 (n > 1000) return NaN, WARNING 9003 when |x| > 1.1. */
+QNUM_API int qnum_inits(const float cs[], int n, float eta);
+QNUM_API int qnum_initds(const double cs[], int n, double eta);
+QNUM_API float qnum_csevl(float x, const float cs[], int n);
+QNUM_API double qnum_dcsevl(double x, const double cs[], int n);
+/* log gamma(x) - [(x - 1/2) log x - x + log sqrt(2 pi)] for x >= 10: FATAL 60002 below 10,
+ * ALERT 9015 (result 0) where 1/(12x) underflows. */
+QNUM_API float qnum_r9lgmc(float x);
+QNUM_API double qnum_d9lgmc(double x);
+
+/* Error functions. erf and erfc keep their term counts per thread: TERMINAL 200 when that
+ * block cannot be allocated. erfc: ALERT 9015 (result 0) beyond the underflow limit.
+ * erf_inverse (|x| < 1) and erfc_inverse (0 < x < 2): FATAL 120 outside (a NaN argument too),
+ * WARNING 9025/9029 where the argument's own spacing leaves fewer than half the digits, FATAL
+ * 9030 (last iterate returned) if Newton's method fails. */
+QNUM_API float qnum_f_erf(float x);
+QNUM_API double qnum_d_erf(double x);
+QNUM_API float qnum_f_erfc(float x);
+QNUM_API double qnum_d_erfc(double x);
+QNUM_API float qnum_f_erf_inverse(float x);
+QNUM_API double qnum_d_erf_inverse(double x);
+QNUM_API float qnum_f_erfc_inverse(float x);
+QNUM_API double qnum_d_erfc_inverse(double x);
+/* w(z) = exp(-z^2) erfc(-iz); FATAL 9035 where exp(-z^2) overflows (far below the real axis). */
+QNUM_API qnum_f_complex qnum_c_erfe(qnum_f_complex z);
+QNUM_API qnum_d_complex qnum_z_erfe(qnum_d_complex z);
+
+/* Gamma family. gamma: TERMINAL 9024 at 0, TERMINAL 9006 at a negative integer >= -10, FATAL
+ * 9021 at one below -10, FATAL 9011 next to 0, FATAL 9009 above the overflow limit, ALERT 9014
+ * (result 0) below the underflow limit, WARNING 9020 next to a negative integer.
+ * log_gamma: log |gamma(x)|; FATAL 9006 at a negative integer below -10, FATAL 9013 when |x| >
+ * huge/log(huge), WARNING 9020; for |x| <= 10 the errors of gamma. */
+QNUM_API float qnum_f_gamma(float x);
+QNUM_API double qnum_d_gamma(double x);
+QNUM_API float qnum_f_log_gamma(float x);
+QNUM_API double qnum_d_log_gamma(double x);
+/* beta(a, b): TERMINAL 9031 unless a, b > 0, ALERT 9018 (result 0) on underflow.
+ * log_beta(a, b): TERMINAL 9038 unless a, b > 0. */
+QNUM_API float qnum_f_beta(float a, float b);
+QNUM_API double qnum_d_beta(double a, double b);
+QNUM_API float qnum_f_log_beta(float a, float b);
+QNUM_API double qnum_d_log_beta(double a, double b);
+/* The integral of t^(a-1) exp(-t) from 0 to x: TERMINAL 9032 (a <= 0) and 9033 (x < 0), both
+ * when both hold; FATAL 9034 when the result overflows, FATAL 9039 if the series fails. */
+QNUM_API float qnum_f_gamma_incomplete(float a, float x);
+QNUM_API double qnum_d_gamma_incomplete(double a, double x);
+/* The regularised incomplete beta function I_x(a, b): FATAL 120 unless 0 <= x <= 1, TERMINAL
+ * 9031 unless a, b > 0, FATAL 9039 if the continued fraction fails. */
+QNUM_API float qnum_f_beta_incomplete(float x, float a, float b);
+QNUM_API double qnum_d_beta_incomplete(double x, double a, double b);
 
 #ifdef __cplusplus
 }

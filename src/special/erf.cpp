@@ -1,0 +1,257 @@
+// Error function, complementary error function and their inverses, from Chebyshev series.
+#include <cmath>
+#include <cstdlib>
+
+#include "frame/frame.hpp"
+#include "frame/registry.hpp"
+#include "special/special.hpp"
+#include "special/tables.hpp"
+
+namespace qnum::special {
+namespace {
+
+template <class T> constexpr auto erfcs = convert<T>(table::erfcs);
+template <class T> constexpr auto erc2cs = convert<T>(table::erc2cs);
+template <class T> constexpr auto erfccs = convert<T>(table::erfccs);
+template <class T> constexpr auto erfinv1 = convert<T>(table::erfinv1);
+template <class T> constexpr auto erfinv2 = convert<T>(table::erfinv2);
+
+constexpr long double sqrtpi = 1.772453850905516027298167483341145182798L;
+
+// ---- per-thread term counts: [0] ERFCS for erf, [1] ERFCS for erfc, [2] ERFCCS, [3] ERC2CS ----
+registry::OnceFlag keys_once{0};
+int count_keys[2] = {0, 0};  // float, double; 0: the key could not be created
+
+void free_block(void* p) { std::free(p); }
+void create_keys() {
+    for (int& key : count_keys)
+        if (registry::key_create(&key, free_block) != registry::ok) key = 0;
+}
+
+// The calling thread's block, created zero-filled on first use; null (after TERMINAL 200) when
+// it cannot be had.
+template <class T>
+int* counts() {
+    registry::once(keys_once, create_keys);
+    const int key = count_keys[std::is_same_v<T, float> ? 0 : 1];
+    int* p = key != 0 ? static_cast<int*>(registry::get_value(key)) : nullptr;
+    if (p != nullptr) return p;
+    if (key != 0) p = static_cast<int*>(std::calloc(4, sizeof(int)));
+    // A failure to list the block for shutdown can still leave it stored for this thread;
+    // then it is the thread's and is freed at its exit.
+    if (p != nullptr && registry::set_value(key, p) != registry::ok && registry::get_value(key) != p) {
+        std::free(p);
+        p = nullptr;
+    }
+    if (p == nullptr) frame::raise(frame::Type::Terminal, err::out_of_memory);
+    return p;
+}
+
+// Branch points of erf and erfc in precision T. They depend only on the machine constants, so
+// they are found once rather than on every call.
+template <class T>
+struct ErfLimits {
+    T xbig, sqeps, xsml, xmax;
+    ErfLimits() {
+        const T eps = Mach<T>::small_spacing();
+        const T sqrtpi_t = static_cast<T>(sqrtpi);
+        xbig = std::sqrt(-std::log(sqrtpi_t * eps));
+        sqeps = std::sqrt(2 * eps);
+        xsml = -xbig;
+        const T txmax = std::sqrt(-std::log(sqrtpi_t * Mach<T>::tiny()));
+        xmax = txmax - T(0.5) * std::log(txmax) / txmax - T(0.01);
+    }
+};
+template <class T>
+const ErfLimits<T>& erf_limits() {
+    static const ErfLimits<T> limits;
+    return limits;
+}
+
+template <class T>
+T eta() { return T(0.1) * Mach<T>::small_spacing(); }
+
+// erfc(x) exp(x^2) x - 0.5 for x > 1 from the two tail series: (x^2 <= 4 or beyond).
+template <class T>
+Wide<T> tail(Wide<T> y, const int* c) {
+    using W = Wide<T>;
+    const W s = y * y;
+    if (s <= 4) return csevl<W>((8 / s - 5) / 3, erc2cs<W>.data(), c[3], csevl_name<T>());
+    return csevl<W>(8 / s - 1, erfccs<W>.data(), c[2], csevl_name<T>());
+}
+
+// 1 - erfc(x) = erf(x) for sqeps < |x| <= 1: x (1 + series), summed as x + x series.
+template <class T>
+Wide<T> erf_series(Wide<T> x, int count) {
+    return x + x * csevl<Wide<T>>(2 * x * x - 1, erfcs<Wide<T>>.data(), count, csevl_name<T>());
+}
+
+template <class T>
+void fill_erfc_counts(int* c) {
+    if (c[1] != 0) return;
+    c[1] = inits(erfcs<T>.data(), 21, eta<T>(), inits_name<T>());
+    c[2] = inits(erfccs<T>.data(), 59, eta<T>(), inits_name<T>());
+    c[3] = inits(erc2cs<T>.data(), 49, eta<T>(), inits_name<T>());
+}
+
+template <class T>
+Wide<T> erfc_body(Wide<T> x) {
+    using W = Wide<T>;
+    frame::Level level("l_erfc");
+    int* c = counts<T>();
+    if (c == nullptr) return Mach<T>::nan();
+    fill_erfc_counts<T>(c);
+    const ErfLimits<T>& k = erf_limits<T>();
+    if (x <= k.xsml) return 2;
+    if (x > k.xmax) {
+        frame::raise(frame::Type::Alert, err::result_underflows, frame::Real{double(x)},
+                     frame::Real{double(k.xmax)});
+        return 0;
+    }
+    const W y = std::fabs(x);
+    if (y <= 1) {
+        if (y < k.sqeps) return 1 - 2 * x / W(sqrtpi);
+        return 1 - erf_series<T>(x, c[1]);
+    }
+    // exp(-y^2) in the wide precision: y^2 there carries the bits that a rounded square loses.
+    const W r = std::exp(-y * y) / y * (W(0.5) + tail<T>(y, c));
+    return x < 0 ? 2 - r : r;
+}
+
+// exp(y^2) erfc(y) for y >= 0.8, the scaled function of the Newton step below.
+template <class T>
+Wide<T> erfc_scaled(Wide<T> y, const int* c) {
+    using W = Wide<T>;
+    if (y > 1) return (W(0.5) + tail<T>(y, c)) / y;
+    return std::exp(y * y) * (1 - erf_series<T>(y, c[1]));
+}
+
+template <class T>
+int inverse_count(int which) {
+    static const int n1 = inits(erfinv1<T>.data(), 44, eta<T>(), inits_name<T>());
+    static const int n2 = inits(erfinv2<T>.data(), 59, eta<T>(), inits_name<T>());
+    return which == 1 ? n1 : n2;
+}
+
+template <class T>
+Wide<T> small_inverse(Wide<T> y) {
+    using W = Wide<T>;
+    return y + y * csevl<W>(32 * y * y / 9 - 1, erfinv1<W>.data(), inverse_count<T>(1), csevl_name<T>());
+}
+
+// The root r of erfc(r) = x for 0 < x < 2 and |1 - x| >= 0.75, by Newton's method on
+// exp(r^2) erfc(r), from the leading term of the asymptotic expansion
+// erfc(r) ~ exp(-r^2)/(r sqrt(pi)) (Abramowitz and Stegun 7.1.23) solved for r.
+template <class T>
+Wide<T> erfc_inverse_tail(Wide<T> x) {
+    using W = Wide<T>;
+    const W y = 1 - x;
+    int* c = counts<T>();
+    if (c == nullptr) return Mach<T>::nan();
+    fill_erfc_counts<T>(c);
+    const W t = y > 0 ? x : 2 - x;
+    const W l = -std::log(t);
+    W r = std::sqrt(l - W(0.5) * std::log(W(3.14159265358979323846264338327950288L) * l));
+    const W tol = 10 * W(Mach<T>::large_spacing());
+    for (int step = 0; step < 100; ++step) {
+        const W delta = (erfc_scaled<T>(r, c) - t * std::exp(r * r)) * W(0.886226925452758013649083741671L);
+        r += delta;
+        if (std::fabs(delta) < r * tol) return std::copysign(r, y);
+    }
+    frame::raise(frame::Type::Fatal, err::erfc_inverse_no_convergence);
+    return std::copysign(r, y);
+}
+
+// Where one unit of the argument's spacing moves the result by more than the square root of
+// the precision: near 1 (erf_inverse) and near 2 (erfc_inverse). With r^2 ~ -log(d) at a
+// distance d from the end, that happens when d log(1/d) falls below sqrt(eps)/4 (resp. /2).
+template <class T>
+T near_end_bound(T end, T divisor) {
+    const T sq = std::sqrt(Mach<T>::large_spacing());
+    return end - sq / (divisor * -std::log(sq));
+}
+
+}  // namespace
+
+template <class T>
+T erfc(T x) {
+    return static_cast<T>(erfc_body<T>(x));
+}
+
+template <class T>
+T erf(T x) {
+    using W = Wide<T>;
+    frame::Level level("l_erf");
+    int* c = counts<T>();
+    if (c == nullptr) return Mach<T>::nan();
+    if (c[0] == 0) c[0] = inits(erfcs<T>.data(), 21, eta<T>(), inits_name<T>());
+    const ErfLimits<T>& k = erf_limits<T>();
+    const W y = std::fabs(W(x));
+    if (y > 1) {
+        if (y > k.xbig) return std::copysign(T(1), x);
+        frame::Level call(std::is_same_v<T, float> ? "qnum_f_erfc" : "qnum_d_erfc");
+        return static_cast<T>(std::copysign(std::fabs(1 - erfc_body<T>(y)), W(x)));
+    }
+    if (y > k.sqeps) return static_cast<T>(erf_series<T>(x, c[0]));
+    // 2x/sqrt(pi) with the cubic term of its series, which still shows in the last bit here.
+    return static_cast<T>(2 * W(x) / W(sqrtpi) * (1 - W(x) * W(x) / 3));
+}
+
+template <class T>
+T erfc_inverse(T x) {
+    using W = Wide<T>;
+    frame::Level level("l_erfc_inverse");
+    if (!(x > 0 && x < 2)) {
+        frame::raise(frame::Type::Fatal, err::argument_outside_interval, frame::Str{"x"}, frame::Real{0.0},
+                     frame::Real{2.0}, frame::Real{double(x)});
+        return Mach<T>::nan();
+    }
+    const T bound = near_end_bound<T>(2, 2);
+    if (x > bound)
+        frame::raise(frame::Type::Warning, err::erfc_inverse_near_two, frame::Real{double(x)},
+                     frame::Real{double(bound)});
+    const W y = 1 - W(x);
+    if (std::fabs(y) < W(0.75)) return static_cast<T>(small_inverse<T>(y));
+    return static_cast<T>(erfc_inverse_tail<T>(x));
+}
+
+template <class T>
+T erf_inverse(T x) {
+    using W = Wide<T>;
+    frame::Level level("l_erf_inverse");
+    const W ax = std::fabs(W(x));
+    if (!(ax < 1)) {
+        frame::raise(frame::Type::Fatal, err::argument_outside_interval, frame::Str{"x"}, frame::Real{-1.0},
+                     frame::Real{1.0}, frame::Real{double(x)});
+        return Mach<T>::nan();
+    }
+    if (ax <= W(0.75)) {
+        const W s = ax <= std::sqrt(W(Mach<T>::small_spacing())) ? 0 : W(x) * W(x);
+        return static_cast<T>(W(x) + W(x) * csevl<W>(32 * s / 9 - 1, erfinv1<W>.data(),
+                                                      inverse_count<T>(1), csevl_name<T>()));
+    }
+    if (ax <= W(0.9375))
+        return static_cast<T>(W(x) + W(x) * csevl<W>((512 * W(x) * W(x) - 369) / 81, erfinv2<W>.data(),
+                                                      inverse_count<T>(2), csevl_name<T>()));
+    W r;
+    {
+        frame::Level call("l_erfc_inverse");
+        r = erfc_inverse_tail<T>(1 - ax);
+    }
+    const T bound = near_end_bound<T>(1, 4);
+    if (ax > bound)
+        frame::raise(frame::Type::Warning, err::erf_inverse_near_one, frame::Real{double(x)},
+                     frame::Real{double(bound)});
+    return static_cast<T>(std::copysign(std::fabs(r), W(x)));
+}
+
+template float erf<float>(float);
+template double erf<double>(double);
+template float erfc<float>(float);
+template double erfc<double>(double);
+template float erf_inverse<float>(float);
+template double erf_inverse<double>(double);
+template float erfc_inverse<float>(float);
+template double erfc_inverse<double>(double);
+
+}  // namespace qnum::special
