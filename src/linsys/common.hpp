@@ -5,6 +5,7 @@
 #include <cmath>
 #include <complex>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 
 #include "frame/frame.hpp"
@@ -58,8 +59,10 @@ public:
 
     bool allocate(long long count, int n, int code = err::no_memory) {
         std::free(p_);
+        // No object may be larger than the largest pointer difference.
         const std::size_t bytes = frame::checked_bytes(count, sizeof(T));
-        p_ = bytes > 0 ? static_cast<T*>(std::malloc(bytes)) : nullptr;
+        const bool possible = bytes > 0 && bytes <= static_cast<std::size_t>(PTRDIFF_MAX);
+        p_ = possible ? static_cast<T*>(std::malloc(bytes)) : nullptr;
         if (p_ == nullptr) {
             if (code == err::no_memory) {
                 frame::raise(frame::Type::Terminal, code, frame::Str{"n"}, frame::Int{n});
