@@ -398,6 +398,16 @@ TYPED_TEST(Gen, EveryErrorWithItsSubstitutions) {
              std::vector<T> z(9, T(0));
              return gen(n, nul, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, pv, z.data(), 0);
          }},
+        {{"zero first pivot in a caller's factor", 4, 1004, {}, {}},
+         [&] {
+             std::vector<T> z = {T(0), T(1), T(1), T(0), T(1), T(1), T(0), T(0), T(1)};
+             return gen(n, nul, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, pv, z.data(), 0);
+         }},
+        {{"zero last pivot, transposed", 4, 1004, {}, {}},
+         [&] {
+             std::vector<T> z = {T(1), T(1), T(1), T(0), T(1), T(1), T(0), T(0), T(0)};
+             return gen(n, nul, B, QNUM_TRANSPOSE, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, pv, z.data(), 0);
+         }},
         {{"element count overflows", 5, 201, {INT_MAX}, {"n"}},
          [&] { return gen(INT_MAX, A, B, QNUM_A_COL_DIM, INT_MAX, QNUM_FAC_COL_DIM, INT_MAX, 0); }},
     };

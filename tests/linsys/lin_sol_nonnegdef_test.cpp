@@ -86,6 +86,16 @@ TYPED_TEST(Nonneg, ConsistentSingularSystemsAreSolvedWithTheRightRank) {
                 scale = std::max(scale, (long double)std::abs(a[static_cast<std::size_t>(i) * n + j]));
             }
         EXPECT_LT(worst / scale, 1e4L * n * eps<T>());
+        // The generalized inverse into the caller's array: the same numbers, padding kept.
+        std::vector<T> mine(static_cast<std::size_t>(n) * (n + 1), sentinel<T>());
+        EXPECT_EQ(nonnegdef(n, a.data(), static_cast<T*>(nullptr), QNUM_INVERSE_ONLY, QNUM_INVERSE_USER, mine.data(),
+                            QNUM_INV_COL_DIM, n + 1, 0),
+                  nullptr);
+        for (int i = 0; i < n; ++i) {
+            for (int j = 0; j < n; ++j)
+                EXPECT_EQ(mine[static_cast<std::size_t>(i) * (n + 1) + j], g[static_cast<std::size_t>(i) * n + j]);
+            EXPECT_EQ(mine[static_cast<std::size_t>(i) * (n + 1) + n], sentinel<T>());
+        }
         // The factor solves again, bit for bit.
         std::vector<T> x2(n);
         nonnegdef(n, static_cast<T*>(nullptr), b.data(), QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, f, QNUM_RETURN_USER, x2.data(), 0);
