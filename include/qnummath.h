@@ -808,7 +808,110 @@ QNUM_API void qnum_drnun(int n, double r[]);
  * Dense linear systems
  * ------------------------------------------------------------------------------------------ */
 
-/* (declarations of this section go here) */
+/* Option codes of the dense solvers. */
+#define QNUM_TRANSPOSE 10001
+#define QNUM_A_COL_DIM 10003
+#define QNUM_FACTOR 10004
+#define QNUM_FAC_COL_DIM 10005
+#define QNUM_FACTOR_ONLY 10006
+#define QNUM_SOLVE_ONLY 10007
+#define QNUM_TOLERANCE 10053
+#define QNUM_FACTOR_USER 10151
+#define QNUM_INVERSE 10152
+#define QNUM_INVERSE_USER 10153
+#define QNUM_INV_COL_DIM 10154
+#define QNUM_INVERSE_ONLY 10155
+#define QNUM_CONDITION 10270
+
+/* qnum_f_lin_sol_gen(n, a, b, options..., 0): the solution x of A x = b for a general n by n
+ * A (row-major, rows a_col_dim apart), by LU factorization with scaled partial pivoting, in a
+ * new array (free it with qnum_free_allocated_memory) or the caller's. a and b hold on return
+ * exactly what they held on entry (unless a is also the factor array).
+ * Options:
+ *   QNUM_TRANSPOSE                      solve A^T x = b; for the complex solvers the conjugate
+ *                                       transpose, A^H x = b.
+ *   QNUM_A_COL_DIM, int                 column dimension of a (default n).
+ *   QNUM_FACTOR, int** p_pvt, T** p_fac the LU factorization in new arrays: n pivots and n rows
+ *                                       of fac_col_dim elements (columns beyond n are 0).
+ *   QNUM_FACTOR_USER, int* pvt, T* fac  the same in the caller's arrays (fac may be a: the
+ *                                       factorization then overwrites a, and the larger of the
+ *                                       two column dimensions spaces its rows). With
+ *                                       QNUM_SOLVE_ONLY they are the input factorization.
+ *   QNUM_FAC_COL_DIM, int               column dimension of the factor (default n).
+ *   QNUM_FACTOR_ONLY                    factor only (needs a factor option); b may be NULL.
+ *   QNUM_SOLVE_ONLY                     solve with the factorization of QNUM_FACTOR_USER; a may
+ *                                       be NULL. An inverse option may be added.
+ *   QNUM_INVERSE, T** p_inva            the inverse in a new n by inv_col_dim array.
+ *   QNUM_INVERSE_USER, T* inva          the inverse in the caller's array.
+ *   QNUM_INV_COL_DIM, int               column dimension of the inverse (default n).
+ *   QNUM_INVERSE_ONLY                   compute the inverse only (needs an inverse option).
+ *   QNUM_RETURN_USER, T* x              the solution in the caller's array (also returned).
+ *   QNUM_CONDITION, real* cond          an estimate of the L1 condition number of A; +infinity
+ *                                       for a singular A (stored even when the call then ends
+ *                                       with FATAL 1004).
+ * Factor format (row-major, as handed back): the upper triangle is U; below the diagonal,
+ * column k holds the negated multipliers of step k as they were when column k was
+ * eliminated; pvt[k] (1-based) is the row swapped with row k at step k, pvt[n-1] = n. Caller
+ * arrays keep their padding columns; new ones have them zeroed. New results are set to NULL
+ * first and are handed back only when the call succeeds.
+ * Errors: TERMINAL 103 unknown option (code, position); 104 null pointer ("ipvt"/QNUM_FACTOR
+ * for the pivot array, "x", "cond", "inva"); 105 null factor array ("factor"/QNUM_FACTOR);
+ * 150 null a or b; 1010 n < 1; 1014 a column dimension below n ("a", "factor", "inva");
+ * 1091 more than one *_ONLY option; 1027 QNUM_SOLVE_ONLY without QNUM_FACTOR_USER; 1038
+ * QNUM_SOLVE_ONLY with QNUM_CONDITION; 1039 QNUM_INVERSE_ONLY without an inverse option;
+ * 1040 QNUM_FACTOR_ONLY without a factor option; 1034 a caller's pivot entry out of range;
+ * 201 out of memory ("n", n). FATAL 1004 singular matrix (NULL returned; a caller's factor
+ * arrays still hold the complete factorization). WARNING 1003 ill-conditioned (rcond), the
+ * solution is returned. */
+QNUM_API float* qnum_f_lin_sol_gen(int n, float a[], float b[], ...);
+QNUM_API double* qnum_d_lin_sol_gen(int n, double a[], double b[], ...);
+QNUM_API qnum_f_complex* qnum_c_lin_sol_gen(int n, qnum_f_complex a[], qnum_f_complex b[], ...);
+QNUM_API qnum_d_complex* qnum_z_lin_sol_gen(int n, qnum_d_complex a[], qnum_d_complex b[], ...);
+/* Numbered exports: qnum_20000 is qnum_f_lin_sol_gen, qnum_20001 is qnum_d_lin_sol_gen. */
+QNUM_API float* qnum_20000(int n, float a[], float b[], ...);
+QNUM_API double* qnum_20001(int n, double a[], double b[], ...);
+
+/* qnum_f_lin_sol_posdef(n, a, b, options..., 0): the solution of A x = b for a symmetric
+ * (complex: Hermitian) positive definite A by Cholesky factorization. Only the upper triangle
+ * of a (a[i*a_col_dim + j], j >= i) is read; the imaginary parts of its diagonal are ignored.
+ * The factor is the upper triangular R with A = R^T R (complex: A = R^H R); the strictly lower
+ * triangle of a factor array other than a is set to zero.
+ * Options: QNUM_A_COL_DIM, QNUM_FACTOR (T** p_factor), QNUM_FACTOR_USER (T* factor; may be a),
+ * QNUM_FAC_COL_DIM, QNUM_FACTOR_ONLY, QNUM_SOLVE_ONLY, QNUM_INVERSE, QNUM_INVERSE_USER,
+ * QNUM_INV_COL_DIM, QNUM_INVERSE_ONLY, QNUM_RETURN_USER, QNUM_CONDITION, as for
+ * qnum_f_lin_sol_gen; there is no QNUM_TRANSPOSE.
+ * Errors: as qnum_f_lin_sol_gen, with 6002 in place of 150 for a null a or b, 104 naming
+ * "factor"/QNUM_FACTOR_USER, 1035 and 1036 when the factor or the solution cannot be
+ * allocated, and FATAL 1018 (the failing column) in place of 1004. */
+QNUM_API float* qnum_f_lin_sol_posdef(int n, float a[], float b[], ...);
+QNUM_API double* qnum_d_lin_sol_posdef(int n, double a[], double b[], ...);
+QNUM_API qnum_f_complex* qnum_c_lin_sol_posdef(int n, qnum_f_complex a[], qnum_f_complex b[], ...);
+QNUM_API qnum_d_complex* qnum_z_lin_sol_posdef(int n, qnum_d_complex a[], qnum_d_complex b[], ...);
+
+/* qnum_f_lin_sol_nonnegdef(n, a, b, options..., 0): a solution of the consistent part of
+ * A x = b for a symmetric nonnegative definite, possibly singular, A (row-major, rows n
+ * apart; only the upper triangle is read), through A = R^T R with a rank decision: a diagonal
+ * of R whose reduced value lies within tol times the original diagonal is taken as 0, and
+ * the solution components there are set to 0.
+ * Options: QNUM_FACTOR, QNUM_FACTOR_USER, QNUM_FAC_COL_DIM, QNUM_FACTOR_ONLY, QNUM_SOLVE_ONLY,
+ * QNUM_INVERSE, QNUM_INVERSE_USER (a generalized inverse G with A G A = A), QNUM_INV_COL_DIM,
+ * QNUM_INVERSE_ONLY, QNUM_RETURN_USER as above; QNUM_TOLERANCE, double tol (default 100
+ * times the machine epsilon).
+ * Errors: TERMINAL 11001 unknown option (code, position); 1010; 1091; 1040, 1093 (factor-only
+ * without a factor or with an inverse option); 1039, 1094; 1027, 1092; 1062 a column
+ * dimension below n; 150 null a or b; 1047 out of memory; 1048 tol outside [0, 1]. WARNING
+ * 1049 not nonnegative definite (column, tol); 1050 and 1051 inconsistent system (row). */
+QNUM_API float* qnum_f_lin_sol_nonnegdef(int n, float a[], float b[], ...);
+QNUM_API double* qnum_d_lin_sol_nonnegdef(int n, double a[], double b[], ...);
+
+/* qnum_f_m1ran(rows, cols, a, b): b := the cols by rows transpose of the rows by cols array a
+ * (row-major); b may be a. An in-place rectangular transpose uses a temporary copy when it
+ * can and otherwise permutes in place, so it never fails for want of memory.
+ * Errors: TERMINAL 620 rows < 1, 621 cols < 1 (the bad value). */
+QNUM_API void qnum_f_m1ran(int rows, int cols, const float a[], float b[]);
+QNUM_API void qnum_d_m1ran(int rows, int cols, const double a[], double b[]);
+QNUM_API void qnum_c_m1ran(int rows, int cols, const qnum_f_complex a[], qnum_f_complex b[]);
+QNUM_API void qnum_z_m1ran(int rows, int cols, const qnum_d_complex a[], qnum_d_complex b[]);
 
 /* ------------------------------------------------------------------------------------------
  * Cubic splines
