@@ -166,7 +166,7 @@ private:
 
 Qnum_d_mps* Reader::read() {
     if (!lines_.open()) {
-        no_memory("buffer", 1 << 20);
+        no_memory("buffer", 1 << 16);
         return nullptr;
     }
     while (lines_.next(line_)) {

@@ -142,7 +142,7 @@ public:
     bool next(char* line);
 
 private:
-    static constexpr std::size_t capacity = std::size_t{1} << 20;
+    static constexpr std::size_t capacity = std::size_t{1} << 16;
     bool fill();
     std::FILE* f_;
     char* buf_ = nullptr;
