@@ -151,16 +151,27 @@ T* zeros_fcn(T (*fcn)(T), frame::Options opt) {
     check::positive(s.itmax, "itmax");
     if (frame::pending()) return nullptr;
 
+    // A few guesses and counts live on the stack: most calls ask for one zero, and two heap
+    // round trips would cost as much as the evaluations.
     const int n = s.num_roots;
+    constexpr int on_stack = 8;
+    T local_guesses[on_stack] = {};
+    int local_counts[on_stack];
     frame::Buffer<T> guesses;
     if (xguess == nullptr) {
-        guesses = frame::Buffer<T>(n, "num_roots");
-        if (!guesses) return nullptr;
-        for (int i = 0; i < n; ++i) guesses[i] = 0;
-        xguess = guesses.get();
+        if (n > on_stack) {
+            guesses = frame::Buffer<T>(n, "num_roots");
+            if (!guesses) return nullptr;
+            for (int i = 0; i < n; ++i) guesses[i] = 0;
+        }
+        xguess = n > on_stack ? guesses.get() : local_guesses;
     }
     frame::Out<int> counts;
-    if (info_user != nullptr) counts.borrow(info_user);
+    if (info_user != nullptr) {
+        counts.borrow(info_user);
+    } else if (info_address == nullptr && n <= on_stack) {
+        counts.borrow(local_counts);
+    }
     if (!counts.ensure(n, "num_roots") || !zeros.ensure(n, "num_roots")) return nullptr;
 
     for (int i = 0; i < n; ++i) {
