@@ -79,6 +79,16 @@ std::vector<Case> cases() {
     return out;
 }
 
+// The routine of precision T.
+template <class T, class... A>
+T* zeros(T (*f)(T), A... a) {
+    if constexpr (std::is_same_v<T, float>) {
+        return qnum_f_zeros_fcn(f, a...);
+    } else {
+        return qnum_d_zeros_fcn(f, a...);
+    }
+}
+
 template <class T>
 class ZerosFcn : public ::testing::Test {
 protected:
@@ -99,17 +109,10 @@ T* run_case(const Case& c, std::vector<int>& counts) {
     auto pick = [](double v, double fallback) { return std::isnan(v) ? fallback : v; };
     const double tol = std::sqrt(static_cast<double>(Prec<T>::eps()));
     const int n = static_cast<int>(guesses.size());
-    if constexpr (std::is_same_v<T, float>) {
-        return qnum_f_zeros_fcn(Recorder<T>::call, QNUM_NUM_ROOTS, n, QNUM_XGUESS, guesses.data(),
+    return zeros<T>(Recorder<T>::call, QNUM_NUM_ROOTS, n, QNUM_XGUESS, guesses.data(),
                                 QNUM_MAX_EVALS, c.itmax, QNUM_INFO_USER, counts.data(),
                                 QNUM_ERR_ABS, pick(s[0], tol), QNUM_ERR_REL, pick(s[1], tol),
                                 QNUM_ETA, pick(s[2], 0.01), QNUM_EPS, pick(s[3], tol), 0);
-    } else {
-        return qnum_d_zeros_fcn(Recorder<T>::call, QNUM_NUM_ROOTS, n, QNUM_XGUESS, guesses.data(),
-                                QNUM_MAX_EVALS, c.itmax, QNUM_INFO_USER, counts.data(),
-                                QNUM_ERR_ABS, pick(s[0], tol), QNUM_ERR_REL, pick(s[1], tol),
-                                QNUM_ETA, pick(s[2], 0.01), QNUM_EPS, pick(s[3], tol), 0);
-    }
 }
 
 // Every true zero is found, to within a few times the tolerance; a failed zero carries the
@@ -171,13 +174,8 @@ TYPED_TEST(ZerosFcn, StartingPoints) {
         T guess = r.guess;
         int count = 0;
         T z;
-        if constexpr (std::is_same_v<T, float>) {
-            qnum_f_zeros_fcn(Recorder<T>::call, QNUM_XGUESS, &guess, QNUM_MAX_EVALS, 4,
+        zeros<T>(Recorder<T>::call, QNUM_XGUESS, &guess, QNUM_MAX_EVALS, 4,
                              QNUM_INFO_USER, &count, QNUM_RETURN_USER, &z, 0);
-        } else {
-            qnum_d_zeros_fcn(Recorder<T>::call, QNUM_XGUESS, &guess, QNUM_MAX_EVALS, 4,
-                             QNUM_INFO_USER, &count, QNUM_RETURN_USER, &z, 0);
-        }
         ASSERT_EQ(Recorder<T>::points.size(), 3u) << r.guess;
         EXPECT_EQ(Recorder<T>::points[0], r.first);
         EXPECT_EQ(Recorder<T>::points[1], r.second);
@@ -185,13 +183,8 @@ TYPED_TEST(ZerosFcn, StartingPoints) {
         EXPECT_EQ(count, 5);
 
         Recorder<T>::points.clear();
-        if constexpr (std::is_same_v<T, float>) {
-            qnum_f_zeros_fcn(Recorder<T>::call, QNUM_XGUESS, &guess, QNUM_MAX_EVALS, 1,
+        zeros<T>(Recorder<T>::call, QNUM_XGUESS, &guess, QNUM_MAX_EVALS, 1,
                              QNUM_INFO_USER, &count, QNUM_RETURN_USER, &z, 0);
-        } else {
-            qnum_d_zeros_fcn(Recorder<T>::call, QNUM_XGUESS, &guess, QNUM_MAX_EVALS, 1,
-                             QNUM_INFO_USER, &count, QNUM_RETURN_USER, &z, 0);
-        }
         EXPECT_TRUE(Recorder<T>::points.empty());
         EXPECT_EQ(z, r.first);
         EXPECT_EQ(count, 2);
@@ -199,8 +192,10 @@ TYPED_TEST(ZerosFcn, StartingPoints) {
     }
 }
 
-double shifted(double x, void* data) { return x - *static_cast<double*>(data); }
-float shifted_f(float x, void* data) { return x - *static_cast<float*>(data); }
+template <class T>
+T shifted_t(T x, void* data) {
+    return x - *static_cast<T*>(data);
+}
 
 // The default call, the tolerances by address, the counts handed over by address and the
 // function that takes the caller's data.
@@ -208,8 +203,7 @@ TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     using T = TypeParam;
     T (*cosx)(T) = functions<T>().at("cos_minus_x");
     T* z = nullptr;
-    if constexpr (std::is_same_v<T, float>) z = qnum_f_zeros_fcn(cosx, 0);
-    else z = qnum_d_zeros_fcn(cosx, 0);
+    z = zeros<T>(cosx, 0);
     ASSERT_NE(z, nullptr);
     EXPECT_NEAR(z[0], 0.7390851332151607, 1e-3);
     qnum_free_allocated_memory(z);
@@ -217,13 +211,8 @@ TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     // A huge err_abs by address accepts the first point; the counts come back by address.
     T big = 10, tiny_eta = T(0.01), tiny_eps = T(1e-3), rel = T(1e-3);
     int* info = nullptr;
-    if constexpr (std::is_same_v<T, float>) {
-        z = qnum_f_zeros_fcn(cosx, QNUM_ERR_ABS_ADR, &big, QNUM_ERR_REL_ADR, &rel, QNUM_ETA_ADR,
+    z = zeros<T>(cosx, QNUM_ERR_ABS_ADR, &big, QNUM_ERR_REL_ADR, &rel, QNUM_ETA_ADR,
                              &tiny_eta, QNUM_EPS_ADR, &tiny_eps, QNUM_INFO, &info, 0);
-    } else {
-        z = qnum_d_zeros_fcn(cosx, QNUM_ERR_ABS_ADR, &big, QNUM_ERR_REL_ADR, &rel, QNUM_ETA_ADR,
-                             &tiny_eta, QNUM_EPS_ADR, &tiny_eps, QNUM_INFO, &info, 0);
-    }
     ASSERT_NE(z, nullptr);
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(z[0], T(-1));
@@ -234,11 +223,7 @@ TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     // err_rel by address: a loose one stops at the first Mueller step (count 3).
     T loose = T(0.5);
     int count = 0;
-    if constexpr (std::is_same_v<T, float>) {
-        z = qnum_f_zeros_fcn(cosx, QNUM_ERR_REL_ADR, &loose, QNUM_INFO_USER, &count, 0);
-    } else {
-        z = qnum_d_zeros_fcn(cosx, QNUM_ERR_REL_ADR, &loose, QNUM_INFO_USER, &count, 0);
-    }
+    z = zeros<T>(cosx, QNUM_ERR_REL_ADR, &loose, QNUM_INFO_USER, &count, 0);
     EXPECT_EQ(count, 4);
     qnum_free_allocated_memory(z);
 
@@ -247,15 +232,9 @@ TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     T a = T(0.25), eps = T(0.5), eta = T(0.75);
     T guesses[2] = {0, 0};
     int counts[2] = {0, 0};
-    if constexpr (std::is_same_v<T, float>) {
-        z = qnum_f_zeros_fcn(nullptr, QNUM_FCN_W_DATA, shifted_f, &a, QNUM_NUM_ROOTS, 2,
+    z = zeros<T>(nullptr, QNUM_FCN_W_DATA, shifted_t<T>, &a, QNUM_NUM_ROOTS, 2,
                              QNUM_EPS_ADR, &eps, QNUM_ETA_ADR, &eta, QNUM_XGUESS, guesses,
                              QNUM_INFO_USER, counts, 0);
-    } else {
-        z = qnum_d_zeros_fcn(nullptr, QNUM_FCN_W_DATA, shifted, &a, QNUM_NUM_ROOTS, 2,
-                             QNUM_EPS_ADR, &eps, QNUM_ETA_ADR, &eta, QNUM_XGUESS, guesses,
-                             QNUM_INFO_USER, counts, 0);
-    }
     ASSERT_NE(z, nullptr);
     EXPECT_NEAR(z[0], a, 1e-6);
     EXPECT_GE(std::abs(z[1] - z[0]), eps);
@@ -282,11 +261,7 @@ TYPED_TEST(ZerosFcn, ArgumentErrors) {
             default: return fn(f, QNUM_MAX_EVALS, 5, QNUM_ERR_ABS, 1e-3, 4242, 0);
             }
         };
-        if constexpr (std::is_same_v<T, float>) {
-            return d([](auto... a) { return qnum_f_zeros_fcn(a...); });
-        } else {
-            return d([](auto... a) { return qnum_d_zeros_fcn(a...); });
-        }
+        return d([](auto f, auto... a) { return zeros<T>(f, a...); });
     };
     const Row rows[] = {{103, 9999, 2, ""},   {132, 1, 2147483647, "num_roots"},
                         {132, 1, 2147483647, "itmax"}, {150, 0, 0, "fcn"},
