@@ -145,7 +145,8 @@ TEST_F(Mps, ModelFileEveryField) {
 
 // Named sets and objective, and the caller's infinities.
 TEST_F(Mps, OptionsChooseSetsObjectiveAndInfinities) {
-    Qnum_d_mps* p = read_text(model_file, QNUM_MPS_NAME_OBJECTIVE, "FREE", QNUM_MPS_NAME_RHS,
+    // Only the first 8 characters of a requested name count.
+    Qnum_d_mps* p = read_text(model_file, QNUM_MPS_NAME_OBJECTIVE, "FREE    X", QNUM_MPS_NAME_RHS,
                               " OTHER  ", QNUM_MPS_NAME_BOUNDS, "OTHER", QNUM_MPS_NAME_RANGES, "RNG",
                               QNUM_MPS_POSITIVE_INFINITY, 1.0e20, QNUM_MPS_NEGATIVE_INFINITY, -5.0e20);
     ASSERT_NE(p, nullptr) << message();
@@ -331,6 +332,28 @@ TEST_F(Mps, NegativeUpperBoundRule) {
     }
 }
 
+// Only the field columns count: characters in the gaps between fields (columns 4, 13-14,
+// 23-24 and 37) are not part of any field.
+TEST_F(Mps, GapColumnsAreIgnored) {
+    auto gaps = [](std::string line) {
+        for (int c : {4, 13, 14, 23, 24, 37}) {
+            if (static_cast<int>(line.size()) >= c) line[c - 1] = '#';
+        }
+        return line;
+    };
+    const std::string text = head + gaps(L("", "X1", "R1", "1.0").substr(0, 36) + "  ") + "\n" +
+                             "BOUNDS\n" + gaps(L("UP", "BND", "X1", "4.0")) + "QUADOBJ\n" +
+                             gaps(L("", "X1", "X1", "2.5").substr(0, 36) + "  ") + "\nENDATA\n";
+    Qnum_d_mps* p = read_text(text);
+    ASSERT_NE(p, nullptr) << message() << "\n" << text;
+    EXPECT_STREQ(p->name_bounds, "BND");
+    EXPECT_EQ(p->upper_bound[0], 4.0);
+    EXPECT_EQ(p->matrix_value[0], 1.0);
+    ASSERT_EQ(p->quadratic_nonzeros, 1);
+    EXPECT_EQ(p->quadratic_value[0], 2.5);
+    qnum_d_mps_free(p);
+}
+
 // Opening by name reads the same file as the stream does.
 TEST_F(Mps, ReadsByName) {
     char path[] = "/tmp/qnum_mps_XXXXXX";
@@ -353,7 +376,8 @@ TEST(MpsNumbers, ConvertsLikeStrtodAndRefusesJunk) {
                           "0.1", "123456789012", "1e22", "1e23", "1.7976931348623157e308",
                           "4.9e-324", "2.2250738585072014E-308", "9007199254740993",
                           "12345678901234567890123", "0.000000000000000000000000001",
-                          "1e-400", "1e400", "-0", ".5e-3", "5.e2"};
+                          "1e-400", "1e400", "-0", ".5e-3", "5.e2", "18446744073709551616",
+                          "18446744073709551617", "9e23", "45e23", "0.0000000000000000000012345"};
     for (const char* s : good) {
         double v = -1;
         ASSERT_TRUE(optim::parse_number(s, std::strlen(s), v)) << s;
@@ -361,6 +385,11 @@ TEST(MpsNumbers, ConvertsLikeStrtodAndRefusesJunk) {
         EXPECT_EQ(std::signbit(v), std::signbit(std::strtod(s, nullptr))) << s;
     }
     double v = 0;
+    // Only the first n characters are read.
+    ASSERT_TRUE(optim::parse_number("1.55", 3, v));
+    EXPECT_EQ(v, 1.5);
+    ASSERT_TRUE(optim::parse_number("125", 2, v));
+    EXPECT_EQ(v, 12.0);
     ASSERT_TRUE(optim::parse_number("1.5D+3", 6, v));
     EXPECT_EQ(v, 1500.0);
     ASSERT_TRUE(optim::parse_number("2d-1", 4, v));
