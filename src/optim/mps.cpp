@@ -3,6 +3,7 @@
 // allocation that the caller frees.
 #include "optim/mps.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -16,16 +17,17 @@ using frame::Int;
 using frame::Str;
 using frame::Type;
 
+// Section states in their file order; the order tests compare them.
 enum Section : int {
-    none = 0,
-    name_section = 1,
-    rows_section = 2,
-    columns_section = 3,
-    rhs_section = 4,
-    ranges_section = 5,
-    bounds_section = 6,
-    quadratic_section = 7,
-    end_section = 8,
+    none,
+    name_section,
+    rows_section,
+    columns_section,
+    rhs_section,
+    ranges_section,
+    bounds_section,
+    quadratic_section,
+    end_section,
 };
 
 struct Keyword {
@@ -65,7 +67,7 @@ struct SetChoice {
 
     void request(const char* s) {
         std::size_t n = std::strlen(s);
-        Field f = field(s, 1, static_cast<int>(n < 8 ? n : 8));
+        Field f = field(s, 1, static_cast<int>(std::min<std::size_t>(n, 8)));
         key = f.key();
         requested = chosen = true;
         unpack_name(key, name);
@@ -191,9 +193,9 @@ Qnum_d_mps* Reader::read() {
 bool Reader::header() {
     // The keyword is the first word in columns 1-8, so a name may start as early as column 6.
     Field word = field(line_, 1, 8);
-    std::size_t n = 0;
-    while (n < word.n && word.p[n] != ' ') ++n;
-    word.n = n;
+    if (const void* blank = std::memchr(word.p, ' ', word.n)) {
+        word.n = static_cast<std::size_t>(static_cast<const char*>(blank) - word.p);
+    }
     Section next = none;
     for (const Keyword& k : keywords) {
         if (word.is(k.text)) next = k.section;
@@ -236,32 +238,19 @@ bool Reader::close_rows() {
         objective.chosen = true;
         unpack_name(row_keys_[objective_row_], objective.name);
     }
-    if (!row_map_.reserve(all > 0 ? all : 1) || !rhs_.reserve(all > 0 ? all : 1) ||
-        !ranges_.reserve(all > 0 ? all : 1)) {
-        return no_memory("nrows", all);
-    }
+    if (!row_map_.reserve(all)) return no_memory("nrows", all);
     for (int r = 0; r < all; ++r) {
         row_map_.push(r == objective_row_ ? -1 : nrows_);
-        if (r != objective_row_) {
-            ++nrows_;
-            rhs_.push(0);
-            ranges_.push(0);
-        }
+        if (r != objective_row_) ++nrows_;
     }
+    if (!rhs_.assign(nrows_, 0) || !ranges_.assign(nrows_, 0)) return no_memory("nrows", all);
     row_names_.remap(row_map_.data());
     return true;
 }
 
 bool Reader::close_columns() {
     const std::size_t n = column_keys_.size();
-    if (!lower_.reserve(n > 0 ? n : 1) || !upper_.reserve(n > 0 ? n : 1)) {
-        return no_memory("ncolumns", n);
-    }
-    for (std::size_t j = 0; j < n; ++j) {
-        lower_.push(0);
-        upper_.push(pinf);
-    }
-    return true;
+    return (lower_.assign(n, 0) && upper_.assign(n, pinf)) || no_memory("ncolumns", n);
 }
 
 bool Reader::data_line() {
@@ -374,9 +363,10 @@ bool Reader::bound_line() {
         t[0] = static_cast<char>(type.p[0] & ~0x20);
         t[1] = static_cast<char>(type.p[1] & ~0x20);
     }
-    int kind = -1;
-    for (int k = 0; k < 10; ++k) {
-        if (t[0] == types[k][0] && t[1] == types[k][1]) kind = k;
+    int kind = -1, k = 0;
+    for (const char* name : types) {
+        if (t[0] == name[0] && t[1] == name[1]) kind = k;
+        ++k;
     }
     if (kind < 0) return fail(err::mps_unknown_bound_type, type);
     if (!bounds.take(field(line_, 5, 12))) return true;

@@ -2,6 +2,7 @@
 // number converter.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -34,6 +35,13 @@ public:
         if (q == nullptr) return false;
         p_ = static_cast<T*>(q);
         cap_ = cap;
+        return true;
+    }
+    // Exactly n elements, each v.
+    bool assign(std::size_t n, T v) {
+        if (!reserve(n)) return false;
+        std::fill_n(p_, n, v);
+        n_ = n;
         return true;
     }
     T* data() const { return p_; }

@@ -178,7 +178,7 @@ T* zeros_fcn(T (*fcn)(T), frame::Options opt) {
         T x;
         counts[i] = one_zero(f, s, zeros.get(), i, xguess[i], x);
         zeros[i] = x;
-        if (counts[i] > s.itmax) {
+        if (counts[i] == s.itmax + 1) {
             frame::raise(frame::Type::Warning, err::zero_not_converged, frame::Int{s.itmax},
                          frame::Int{i + 1});
         }
