@@ -1114,13 +1114,130 @@ QNUM_API double qnum_d_int_fcn_alg_log(double (*fcn)(double), double a, double b
  * Zeros of a real function
  * ------------------------------------------------------------------------------------------ */
 
-/* (declarations of this section go here) */
+/* Option codes of the zero finders. The tolerance codes are shared with other families. */
+#ifndef QNUM_ERR_ABS
+#define QNUM_ERR_ABS 10010 /* double err_abs */
+#endif
+#ifndef QNUM_ERR_REL
+#define QNUM_ERR_REL 10011 /* double err_rel */
+#endif
+#ifndef QNUM_ERR_ABS_ADR
+#define QNUM_ERR_ABS_ADR 11036 /* float* (qnum_f_) or double* (qnum_d_) err_abs */
+#endif
+#ifndef QNUM_ERR_REL_ADR
+#define QNUM_ERR_REL_ADR 11035 /* float* or double* err_rel */
+#endif
+#define QNUM_ETA 10012         /* double eta */
+#define QNUM_EPS 10013         /* double eps */
+#define QNUM_ETA_ADR 11023     /* float* or double* eta */
+#define QNUM_EPS_ADR 11024     /* float* or double* eps */
+#define QNUM_NUM_ROOTS 10018   /* int num_roots */
+#define QNUM_MAX_EVALS 10113   /* int itmax: evaluations allowed per zero */
+#define QNUM_XGUESS 10100      /* float[] or double[] xguess, num_roots entries */
+#define QNUM_INFO_USER 10099   /* int info[], num_roots entries: receives the counts */
+#define QNUM_INFO 10017        /* int** info: receives a new array of counts, the caller's */
+
+/* qnum_f_zeros_fcn(fcn, options..., 0): num_roots real zeros of fcn by Mueller's method, one
+ * after another, each search dividing f by (x - z) for every zero z already found.
+ * Zero i starts from 0.9 g, 1.1 g and g, where g is its guess (default 0), or from -1, 1 and
+ * 0 when g is 0. An iterate that comes within eps of an earlier zero is moved by eta and f is
+ * evaluated again there (that evaluation is not counted). A point is accepted when both |f|
+ * and the deflated |f| are below err_abs, or when the last step h satisfies
+ * |h| < |x| err_rel. The count of zero i is the number of evaluations it took, or itmax + 1
+ * when it did not converge; the last iterate is then returned as the zero.
+ * Options: QNUM_ERR_ABS, QNUM_ERR_REL, QNUM_ETA (default 0.01), QNUM_EPS (each default
+ * sqrt(qnum_amach(4)), or sqrt(qnum_dmach(4)) in double), the same by address
+ * (QNUM_*_ADR), QNUM_NUM_ROOTS (default 1), QNUM_MAX_EVALS (default 100), QNUM_XGUESS,
+ * QNUM_INFO_USER, QNUM_INFO (free the array with qnum_free_allocated_memory),
+ * QNUM_RETURN_USER (the zeros are written to the caller's array, which is returned),
+ * QNUM_FCN_W_DATA, float (*fcn)(float, void*), void* data (called instead of fcn).
+ * Errors: WARNING 7001 for a zero that did not converge (itmax and the number of the zero,
+ * counting from 1), TERMINAL 132 for num_roots < 1 or itmax < 1, TERMINAL 150 for a null
+ * fcn, TERMINAL 103 for an unknown option, TERMINAL 104/105 for null option pointers,
+ * TERMINAL 201 when memory runs out. After a TERMINAL error the routine frees what it
+ * allocated and returns NULL; after a warning the zeros are returned. */
+QNUM_API float* qnum_f_zeros_fcn(float (*fcn)(float x), ...);
+QNUM_API double* qnum_d_zeros_fcn(double (*fcn)(double x), ...);
 
 /* ------------------------------------------------------------------------------------------
  * MPS files
  * ------------------------------------------------------------------------------------------ */
 
-/* (declarations of this section go here) */
+/* Option codes of the MPS reader. */
+#define QNUM_MPS_FILE 15001              /* FILE*: read from this open stream, not by name */
+#define QNUM_MPS_NAME_OBJECTIVE 15002    /* const char*: objective row to use */
+#define QNUM_MPS_NAME_RHS 15003          /* const char*: right-hand-side set to use */
+#define QNUM_MPS_NAME_RANGES 15004       /* const char*: ranges set to use */
+#define QNUM_MPS_NAME_BOUNDS 15005       /* const char*: bounds set to use */
+#define QNUM_MPS_POSITIVE_INFINITY 15006 /* double: value stored for an infinite upper bound */
+#define QNUM_MPS_NEGATIVE_INFINITY 15007 /* double: value stored for an infinite lower bound */
+
+/* A linear or quadratic programme read from an MPS file:
+ *     optimise  objective_constant + objective . x + 1/2 x' Q x
+ *     subject to  row i of the matrix, compared with rhs[i] by row_type[i], and ranges,
+ *                 lower_bound <= x <= upper_bound, integer where variable_type & 1.
+ * Rows are every ROWS entry except the objective row, in file order; N rows other than the
+ * objective stay as free rows (type 'N'). Indices are 0-based. The record is one allocation
+ * that holds all its arrays: release it with qnum_d_mps_free (or qnum_free_allocated_memory). */
+typedef struct Qnum_d_mps {
+    char name[58];              /* from the NAME line, columns 6 on, blanks trimmed */
+    int nrows;                  /* constraint rows (the objective row excluded) */
+    int ncolumns;               /* columns */
+    int nonzeros;               /* coefficients read for the rows, as read: zeros kept,
+                                   repeats not merged */
+    int* matrix_row;            /* [nonzeros] row index of each coefficient */
+    int* matrix_column;         /* [nonzeros] column index, nondecreasing */
+    double* matrix_value;       /* [nonzeros] */
+    double* objective;          /* [ncolumns] objective coefficient of each column */
+    double* rhs;                /* [nrows] right-hand side, 0 where none was given */
+    double* ranges;             /* [nrows] the RANGES value R as read, 0 where none given.
+                                   With |R|: 'G' rows are rhs <= a.x <= rhs + |R|, 'L' rows
+                                   rhs - |R| <= a.x <= rhs, 'E' rows [rhs, rhs + R] when
+                                   R > 0 and [rhs + R, rhs] when R < 0 */
+    int* row_type;              /* [nrows] 'E', 'L', 'G' or 'N' */
+    char** row_name;            /* [nrows] names, blanks trimmed */
+    char** column_name;         /* [ncolumns] */
+    double* lower_bound;        /* [ncolumns] default 0 */
+    double* upper_bound;        /* [ncolumns] default positive_infinity */
+    int* variable_type;         /* [ncolumns] bit 1 (value 1): integer column */
+    char name_objective[9];     /* the objective row used (requested, or the first N row) */
+    char name_rhs[9];           /* the right-hand-side set used (requested, or the first met) */
+    char name_ranges[9];        /* the ranges set used */
+    char name_bounds[9];        /* the bounds set used */
+    double positive_infinity;   /* stored for an infinite upper bound, default 1.0e30 */
+    double negative_infinity;   /* stored for an infinite lower bound, default -1.0e30 */
+    double objective_constant;  /* minus the right-hand side given for the objective row */
+    int quadratic_nonzeros;     /* entries of the quadratic sections, as read */
+    int* quadratic_row;         /* [quadratic_nonzeros] column index of the first name */
+    int* quadratic_column;      /* [quadratic_nonzeros] column index of the second name */
+    double* quadratic_value;    /* [quadratic_nonzeros] */
+} Qnum_d_mps;
+
+/* qnum_d_read_mps(filename, options..., 0): reads a fixed-column MPS file (the 61-column
+ * layout: fields at columns 2-3, 5-12, 15-22, 25-36, 40-47 and 50-61; a line ending in CR LF
+ * reads as if it ended in LF). Sections NAME, ROWS, COLUMNS, RHS, RANGES, BOUNDS, ENDATA, in
+ * that order (RHS, RANGES and BOUNDS may be left out), and the quadratic sections QUADOBJ,
+ * QUADS, QSECTION, HESSIAN, QUADRATIC and QMATRIX anywhere after COLUMNS. COLUMNS lines
+ * between a 'MARKER' ... 'INTORG' line and a 'MARKER' ... 'INTEND' line are integer columns.
+ * Only the first RHS, RANGES and BOUNDS set met is used unless one is named by option; lines
+ * of other sets are skipped.
+ * Bound types LO, UP, FX, FR, MI, PL, BV (0 and 1, not marked integer), UI and LI (marked
+ * integer), SC (upper bound only); UP and UI with a negative value and a lower bound of
+ * exactly 0 make the lower bound negative_infinity. A right-hand side given for the
+ * objective row sets objective_constant to its negative.
+ * Options: QNUM_MPS_FILE, QNUM_MPS_NAME_OBJECTIVE, QNUM_MPS_NAME_RHS, QNUM_MPS_NAME_RANGES,
+ * QNUM_MPS_NAME_BOUNDS, QNUM_MPS_POSITIVE_INFINITY, QNUM_MPS_NEGATIVE_INFINITY.
+ * Errors (line numbers count every line from 1): TERMINAL 8097 no name and no stream,
+ * TERMINAL 8112 the file cannot be opened, TERMINAL 103 unknown option, TERMINAL 200 or 201
+ * out of memory; FATAL 8098 end of file before ENDATA, 8099 data line before ROWS, 8104
+ * section out of order, 8105 unknown section, 8106 unknown row type, 8107 unknown row name,
+ * 8108 a row or column named twice, 8109 unknown column in a bounds or quadratic line, 8110
+ * a value that is not a number, 8113 unknown bound type; WARNING 8100, 8101, 8102, 8103 when
+ * the requested objective, RHS, ranges or bounds name was not found. Reading stops at the
+ * first FATAL or TERMINAL error and the routine returns NULL. */
+QNUM_API Qnum_d_mps* qnum_d_read_mps(const char* filename, ...);
+/* Releases a record returned by qnum_d_read_mps; NULL is allowed. */
+QNUM_API void qnum_d_mps_free(Qnum_d_mps* problem);
 
 /* ------------------------------------------------------------------------------------------
  * Linear programming
