@@ -960,6 +960,13 @@ QNUM_API void qnum_d_mps_free(Qnum_d_mps* problem);
 #define QNUM_LP_OPTIMALITY_TOL 15028  /* T: reduced-cost violation allowed, default 1e-7 */
 #define QNUM_LP_MAXIMIZE 15029        /* no value: maximise instead of minimise */
 #define QNUM_LP_WARM_START 15030      /* const int row_status[nrows], const int column_status[ncolumns] */
+#define QNUM_LP_PROGRESS 15031        /* qnum_lp_progress fcn, void* data: called as the solve runs */
+
+/* A progress report: the iteration count, the objective of the current basis (of the
+ * problem as solved, so minimised), and its sums of primal and dual infeasibilities. Called
+ * every 100 iterations and once at the end; it runs in the calling thread. */
+typedef void (*qnum_lp_progress)(int iteration, double objective, double primal_infeasibility,
+                                 double dual_infeasibility, void* data);
 
 /* Basis status codes of rows and columns (QNUM_LP_BASIS, QNUM_LP_WARM_START). */
 #define QNUM_LP_BASIC 1    /* basic */
@@ -981,7 +988,8 @@ QNUM_API void qnum_d_mps_free(Qnum_d_mps* problem);
  * change of the optimal objective with its row's bound; 'N' rows get dual 0 and status basic.
  * Options: QNUM_RETURN_USER, QNUM_LP_OBJ_VALUE, QNUM_LP_ROW_ACTIVITY, QNUM_LP_DUALS,
  * QNUM_LP_REDUCED_COSTS, QNUM_LP_BASIS, QNUM_LP_ITERATIONS, QNUM_LP_MAX_ITERATIONS,
- * QNUM_LP_FEASIBILITY_TOL, QNUM_LP_OPTIMALITY_TOL, QNUM_LP_MAXIMIZE, QNUM_LP_WARM_START (a
+ * QNUM_LP_FEASIBILITY_TOL, QNUM_LP_OPTIMALITY_TOL, QNUM_LP_MAXIMIZE, QNUM_LP_PROGRESS (a null
+ * function is allowed and reports nothing), QNUM_LP_WARM_START (a
  * basis with one basic variable per non-'N' row; the solve then starts from it and skips
  * presolve, and an optimal basis takes 0 iterations).
  * Method: presolve (empty and singleton rows, fixed, empty and free singleton columns), scaling,

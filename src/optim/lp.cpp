@@ -165,6 +165,10 @@ T* linear_programming(const Qnum_d_mps* p, frame::Options opt) {
             break;
         }
         case QNUM_LP_MAXIMIZE: maximize = true; break;
+        case QNUM_LP_PROGRESS:
+            set.progress = opt.get<qnum_lp_progress>();
+            set.progress_data = opt.get<void*>();
+            break;
         case QNUM_LP_WARM_START:
             warm_row = opt.ptr<const int>("row_status", "QNUM_LP_WARM_START");
             warm_col = opt.ptr<const int>("column_status", "QNUM_LP_WARM_START", true);
@@ -271,6 +275,7 @@ T* linear_programming(const Qnum_d_mps* p, frame::Options opt) {
         }
         st = sx.solve(warm_row ? state.data() : nullptr, set);
         iterations = sx.iterations();
+        sx.report();
         if (st == LpStatus::NoMemory) {
             frame::raise(Type::Terminal, err::no_memory, Str{"problem->nonzeros"}, Int{p->nonzeros});
             return nullptr;

@@ -9,8 +9,11 @@
 // phase 1 of R. Fourer ("Notes on the dual simplex method", 1994).
 #include "optim/lp_simplex.hpp"
 
+#include <climits>
 #include <cmath>
 #include <cstring>
+
+#include "frame/frame.hpp"
 
 namespace qnum::optim {
 namespace {
@@ -181,6 +184,25 @@ void Simplex::perturb_costs() {
     }
 }
 
+// Objective and infeasibility sums of the current basis for the caller's progress function.
+void Simplex::report() {
+    if (set_.progress == nullptr) return;
+    const int nm = a_.m + a_.n;
+    double obj = 0, pinf = 0, dinf = 0;
+    for (int j = 0; j < nm; ++j) {
+        obj += cost0_[j] * x_[j];
+        if (x_[j] < lo_[j]) pinf += lo_[j] - x_[j];
+        if (x_[j] > up_[j]) pinf += x_[j] - up_[j];
+        int s = state_[j];
+        if (s == kBasic || lo_[j] == up_[j]) continue;
+        if (s != kAtUpper && d_[j] < 0) dinf -= d_[j];
+        if (s != kAtLower && d_[j] > 0) dinf += d_[j];
+    }
+    frame::UserCall user;
+    set_.progress(static_cast<int>(iterations_ < INT_MAX ? iterations_ : INT_MAX), obj, pinf, dinf,
+                  set_.progress_data);
+}
+
 bool Simplex::change_basis(int p, int q, const double* alpha) {
     int out = head_[p];
     pos_[out] = -1;
@@ -188,7 +210,7 @@ bool Simplex::change_basis(int p, int q, const double* alpha) {
     pos_[q] = p;
     state_[q] = kBasic;
     d_[q] = 0;
-    ++iterations_;
+    if (++iterations_ % 100 == 0) report();
     if (lu_.updates() >= kRefactor) return refactor();
     if (!lu_.update(p, alpha)) { no_memory_ = true; return false; }
     return true;

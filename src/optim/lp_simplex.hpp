@@ -3,6 +3,7 @@
 // the clean-up after cost perturbation and for warm starts that are primal feasible.
 #pragma once
 
+#include "qnummath.h"
 #include "optim/lp_lu.hpp"
 #include "optim/lp_vec.hpp"
 
@@ -17,6 +18,8 @@ struct SimplexSettings {
     double primal_tol = 1e-7;  // bound violation allowed, on the scaled problem
     double dual_tol = 1e-7;    // reduced-cost sign violation allowed
     long long max_iterations = 1000000;
+    qnum_lp_progress progress = nullptr;  // called every 100 iterations and at the end
+    void* progress_data = nullptr;
 };
 
 // min cost^T x over A x - r = 0, lo <= (x, r) <= up, on a scaled problem.
@@ -36,6 +39,8 @@ public:
     const int* state() const { return state_.data(); }
     long long iterations() const { return iterations_; }
     int unbounded_variable() const { return unbounded_; }
+    // Calls the progress function of the settings, if any, with the current basis's figures.
+    void report();
 
 private:
     bool is_boxed(int j) const;
