@@ -123,9 +123,9 @@ private:
     bool value(Field f, double& v) { return parse_number(f.p, f.n, v) || fail(err::mps_bad_number, f); }
     // The constraint index of the row named f (-1: the objective), or false after error 8107.
     bool row(Field f, int& index) {
-        const int all = row_names_.find(f.key());
-        if (all < 0) return fail(err::mps_unknown_row, f);
-        index = row_map_[all];
+        const int r = row_names_.find(f.key());
+        if (r == -1) return fail(err::mps_unknown_row, f);
+        index = r == -2 ? -1 : r;
         return true;
     }
     bool column(Field f, int& index) {
@@ -166,7 +166,7 @@ private:
 
 Qnum_d_mps* Reader::read() {
     if (!lines_.open()) {
-        no_memory("buffer", 1 << 20);
+        no_memory("buffer", 1 << 16);
         return nullptr;
     }
     while (lines_.next(line_)) {
@@ -248,6 +248,7 @@ bool Reader::close_rows() {
             ranges_.push(0);
         }
     }
+    row_names_.remap(row_map_.data());
     return true;
 }
 

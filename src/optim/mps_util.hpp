@@ -61,7 +61,7 @@ inline void unpack_name(NameKey k, char out[9]) {
 }
 
 // Open-addressing table from names to indices; the slot count stays a power of two at most
-// half full.
+// three quarters full, which keeps the table of a large file's rows small enough for the cache.
 class NameTable {
 public:
     NameTable() = default;
@@ -73,16 +73,16 @@ public:
     int find(NameKey k) const {
         if (slots_ == nullptr) return -1;
         for (std::size_t i = hash(k) & mask_;; i = (i + 1) & mask_) {
-            if (slots_[i].index < 0) return -1;
+            if (slots_[i].index == -1) return -1;
             if (slots_[i].key == k) return slots_[i].index;
         }
     }
     // Stores k -> index unless k is present. Returns the index already stored, -1 when k was
     // new, or -2 when memory ran out.
     int insert(NameKey k, int index) {
-        if (2 * (count_ + 1) > cap_ && !rehash(cap_ == 0 ? 64 : 2 * cap_)) return -2;
+        if (4 * (count_ + 1) > 3 * cap_ && !rehash(cap_ == 0 ? 64 : 2 * cap_)) return -2;
         for (std::size_t i = hash(k) & mask_;; i = (i + 1) & mask_) {
-            if (slots_[i].index < 0) {
+            if (slots_[i].index == -1) {
                 slots_[i] = {k, index};
                 ++count_;
                 return -1;
@@ -91,15 +91,27 @@ public:
         }
     }
 
+    // Replaces every stored index i by map[i], an objective marker of -1 becoming -2, so that a
+    // lookup after the rows are numbered needs no second table.
+    void remap(const int* map) {
+        for (std::size_t i = 0; i < cap_; ++i) {
+            if (slots_[i].index >= 0) slots_[i].index = map[slots_[i].index] < 0 ? -2 : map[slots_[i].index];
+        }
+    }
+
 private:
     struct Slot {
         NameKey key;
         int index;
     };
+    // Names differ mostly in their last characters, the key's high bytes, so the mixer must
+    // carry every bit into the low ones that pick the slot (the splitmix64 finaliser).
     static std::size_t hash(NameKey k) {
-        k ^= k >> 29;
+        k ^= k >> 30;
         k *= 0xbf58476d1ce4e5b9ull;
-        k ^= k >> 32;
+        k ^= k >> 27;
+        k *= 0x94d049bb133111ebull;
+        k ^= k >> 31;
         return static_cast<std::size_t>(k);
     }
     bool rehash(std::size_t cap) {
@@ -113,7 +125,7 @@ private:
         mask_ = cap - 1;
         count_ = 0;
         for (std::size_t i = 0; i < old_cap; ++i) {
-            if (old[i].index >= 0) insert(old[i].key, old[i].index);
+            if (old[i].index != -1) insert(old[i].key, old[i].index);
         }
         std::free(old);
         return true;
@@ -142,7 +154,7 @@ public:
     bool next(char* line);
 
 private:
-    static constexpr std::size_t capacity = std::size_t{1} << 20;
+    static constexpr std::size_t capacity = std::size_t{1} << 16;
     bool fill();
     std::FILE* f_;
     char* buf_ = nullptr;
