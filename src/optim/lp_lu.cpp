@@ -245,7 +245,20 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
             if (!col_done[k] && !bad_position.push(k)) return false;
         for (int i = 0; i < m; ++i)
             if (!row_done[i] && !bad_row.push(i)) return false;
+        return true;
     }
+    // U by columns.
+    const std::size_t unz = uidx_.size();
+    if (!ucstart_.assign(m + 1, 0) || !ucrow_.resize(unz + 1) || !ucval_.resize(unz + 1)) return false;
+    for (std::size_t q = 0; q < unz; ++q) ++ucstart_[uidx_[q] + 1];
+    for (int k = 0; k < m; ++k) ucstart_[k + 1] += ucstart_[k];
+    for (int k = 0; k < m; ++k) mark[k] = ucstart_[k];
+    for (int k = 0; k < m; ++k)
+        for (int q = ustart_[k]; q < ustart_[k + 1]; ++q) {
+            int at = mark[uidx_[q]]++;
+            ucrow_[at] = prow_[k];
+            ucval_[at] = uval_[q];
+        }
     return true;
 }
 
@@ -258,9 +271,11 @@ void BasisLu::ftran(double* x) {
     }
     double* w = work_.data();
     for (int k = steps - 1; k >= 0; --k) {
-        double s = x[prow_[k]];
-        for (int q = ustart_[k]; q < ustart_[k + 1]; ++q) s -= uval_[q] * w[uidx_[q]];
-        w[pcol_[k]] = s / diag_[k];
+        const int c = pcol_[k];
+        double v = x[prow_[k]] / diag_[k];
+        w[c] = v;
+        if (v == 0) continue;
+        for (int q = ucstart_[c]; q < ucstart_[c + 1]; ++q) x[ucrow_[q]] -= ucval_[q] * v;
     }
     for (int i = 0; i < m_; ++i) x[i] = w[i];
     for (std::size_t e = 0; e < eta_pos_.size(); ++e) {

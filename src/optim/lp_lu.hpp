@@ -41,6 +41,10 @@ private:
     // U: the pivot row of step k without its pivot, by basis position.
     Vec<int> ustart_, uidx_;
     Vec<double> uval_;
+    // U again by basis position: the rows (pivot rows of earlier steps) that hold an entry there,
+    // so that back substitution can skip the zeros of the solution.
+    Vec<int> ucstart_, ucrow_;
+    Vec<double> ucval_;
     // Etas: position, pivot and the off-pivot entries of the ftran image.
     Vec<int> eta_pos_, eta_start_, eta_idx_;
     Vec<double> eta_piv_, eta_val_;

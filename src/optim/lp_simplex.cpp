@@ -34,7 +34,8 @@ bool Simplex::load(Csc&& a, const double* cost, const double* lo, const double* 
         !x_.assign(nm, 0.0) || !d_.assign(nm, 0.0) || !y_.assign(m, 0.0) || !w_.assign(m, 1.0) ||
         !head_.assign(m, 0) || !pos_.assign(nm, -1) || !state_.assign(nm, kAtLower) ||
         !rho_.assign(m, 0.0) || !alpha_.assign(m, 0.0) || !tau_.assign(m, 0.0) ||
-        !work_.assign(m, 0.0) || !arow_.assign(nm, 0.0) || !cand_.reserve(nm) ||
+        !work_.assign(m, 0.0) || !arow_.assign(nm, 0.0) || !arow_idx_.reserve(nm) ||
+        !arow_mark_.assign(nm, 0) || !cand_.reserve(nm) ||
         !cand_a_.reserve(nm))
         return false;
     for (int j = 0; j < n; ++j) cost_[j] = cost0_[j] = cost[j];
@@ -119,16 +120,29 @@ void Simplex::compute_dual() {
     for (int i = 0; i < m; ++i) d_[n + i] = state_[n + i] == kBasic ? 0.0 : cost_[n + i] + y_[i];
 }
 
-// arow_ = rho^T [A -I] for the nonbasic variables (basic ones left at 0).
+// arow_ = rho^T [A -I] for the nonbasic variables (basic ones left at 0), built by rows from
+// the nonzeros of rho; arow_idx_ lists the entries touched, so that the loops over the row
+// and its clearing cost what the row holds, not n + m.
 void Simplex::pivot_row(const double* rho) {
     const int m = a_.m, n = a_.n;
     double* ar = arow_.data();
-    std::memset(ar, 0, sizeof(double) * (m + n));
+    char* mark = arow_mark_.data();
+    for (std::size_t k = 0; k < arow_idx_.size(); ++k) {
+        ar[arow_idx_[k]] = 0;
+        mark[arow_idx_[k]] = 0;
+    }
+    arow_idx_.clear();
     for (int i = 0; i < m; ++i) {
         double r = rho[i];
         if (r == 0) continue;
-        for (int q = ar_.start[i]; q < ar_.start[i + 1]; ++q) ar[ar_.index[q]] += r * ar_.value[q];
+        for (int q = ar_.start[i]; q < ar_.start[i + 1]; ++q) {
+            int j = ar_.index[q];
+            ar[j] += r * ar_.value[q];
+            if (!mark[j]) { mark[j] = 1; arow_idx_.push(j); }
+        }
         ar[n + i] = -r;
+        mark[n + i] = 1;
+        arow_idx_.push(n + i);
     }
     for (int k = 0; k < m; ++k) ar[head_[k]] = 0;
 }
@@ -217,7 +231,7 @@ bool Simplex::change_basis(int p, int q, const double* alpha) {
 }
 
 LpStatus Simplex::dual_loop() {
-    const int m = a_.m, n = a_.n, nm = m + n;
+    const int m = a_.m, n = a_.n;
     const double tp = set_.primal_tol, td = set_.dual_tol;
     bool fresh = true;  // the factors and values were just recomputed
     for (;;) {
@@ -249,7 +263,8 @@ LpStatus Simplex::dual_loop() {
         // Bound-flipping ratio test with Harris' tolerance.
         cand_.clear();
         cand_a_.clear();
-        for (int j = 0; j < nm; ++j) {
+        for (std::size_t t = 0; t < arow_idx_.size(); ++t) {
+            int j = arow_idx_[t];
             int st = state_[j];
             if (st == kBasic || lo_[j] == up_[j]) continue;
             double at = s * arow_[j];
@@ -358,7 +373,8 @@ LpStatus Simplex::dual_loop() {
             theta_d = 0;
         }
         if (theta_d != 0) {
-            for (int j = 0; j < nm; ++j) {
+            for (std::size_t t = 0; t < arow_idx_.size(); ++t) {
+                int j = arow_idx_[t];
                 if (state_[j] == kBasic || arow_[j] == 0) continue;
                 d_[j] -= theta_d * arow_[j];
                 int st = state_[j];
@@ -492,8 +508,10 @@ LpStatus Simplex::primal_loop() {
             continue;
         }
         const double theta_d = d_[q] / arow_[q];
-        for (int j = 0; j < nm; ++j)
+        for (std::size_t t = 0; t < arow_idx_.size(); ++t) {
+            int j = arow_idx_[t];
             if (state_[j] != kBasic && arow_[j] != 0) d_[j] -= theta_d * arow_[j];
+        }
         d_[jp] = -theta_d;
         state_[jp] = to_lower ? kAtLower : kAtUpper;
         bool refac = lu_.updates() + 1 >= kRefactor;

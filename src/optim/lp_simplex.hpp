@@ -65,6 +65,8 @@ private:
     Vec<double> cost_, cost0_, lo_, up_, x_, d_, y_, w_;
     Vec<int> head_, pos_, state_;
     Vec<double> rho_, alpha_, tau_, work_, arow_;
+    Vec<int> arow_idx_;  // the entries of arow_ that the last pivot row touched
+    Vec<char> arow_mark_;
     Vec<int> cand_;
     Vec<double> cand_a_;
     Vec<int> bad_pos_, bad_row_;
