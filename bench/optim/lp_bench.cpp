@@ -88,7 +88,8 @@ int main(int argc, char** argv) {
     qnum_error_options(QNUM_SET_PRINT, 3, 0, QNUM_SET_PRINT, 4, 0, QNUM_SET_STOP, 4, 0, 0);
     glp_term_out(GLP_OFF);
     std::vector<Problem> problems;
-    std::string shared = std::string(__FILE__) + "/../../../../shared/data/mps/";
+    std::string here = __FILE__;
+    std::string shared = here.substr(0, here.rfind('/')) + "/../../../shared/data/mps/";
     for (const char* f : {"afiro", "sc50a", "adlittle", "blend", "share2b", "kb2", "boeing2", "stocfor1",
                           "e226", "vtpbase", "pilot4", "p0033", "flugpl", "egout", "pp08a", "gesa3_o", "dsbmip"})
         if (exists(shared + f + ".mps")) problems.push_back({f, shared + f + ".mps", "netlib+miplib"});
