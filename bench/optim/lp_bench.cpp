@@ -88,8 +88,12 @@ int main(int argc, char** argv) {
     qnum_error_options(QNUM_SET_PRINT, 3, 0, QNUM_SET_PRINT, 4, 0, QNUM_SET_STOP, 4, 0, 0);
     glp_term_out(GLP_OFF);
     std::vector<Problem> problems;
+    // The shared data lies beside the source tree: found from this file's path, or from the
+    // folder the program runs in (the repository or a build folder inside it).
     std::string here = __FILE__;
     std::string shared = here.substr(0, here.rfind('/')) + "/../../../shared/data/mps/";
+    for (const char* c : {"../shared/data/mps/", "../../shared/data/mps/", "../../../shared/data/mps/"})
+        if (!exists(shared + "afiro.mps") && exists(std::string(c) + "afiro.mps")) shared = c;
     for (const char* f : {"afiro", "sc50a", "adlittle", "blend", "share2b", "kb2", "boeing2", "stocfor1",
                           "e226", "vtpbase", "pilot4", "p0033", "flugpl", "egout", "pp08a", "gesa3_o", "dsbmip"})
         if (exists(shared + f + ".mps")) problems.push_back({f, shared + f + ".mps", "netlib+miplib"});
