@@ -91,6 +91,16 @@ bool Simplex::refactor() {
     return false;
 }
 
+bool Simplex::recompute() {
+    compute_primal();
+    compute_dual();
+    return true;
+}
+
+bool Simplex::refresh() { return refactor() && recompute(); }
+
+LpStatus Simplex::failure() const { return no_memory_ ? LpStatus::NoMemory : LpStatus::Numerical; }
+
 void Simplex::compute_primal() {
     const int m = a_.m, nm = m + a_.n;
     double* r = work_.data();
@@ -313,10 +323,7 @@ LpStatus Simplex::dual_loop() {
         }
         if (q < 0) {
             if (!fresh) {
-                if (!refactor()) continue;
-                compute_primal();
-                compute_dual();
-                fresh = true;
+                fresh = refresh();
                 continue;
             }
             return LpStatus::Infeasible;
@@ -328,10 +335,7 @@ LpStatus Simplex::dual_loop() {
         const double apq = alpha_[p];
         if (std::fabs(apq - arow_[q]) > 1e-7 * (1.0 + std::fabs(apq)) || std::fabs(apq) < 1e-11) {
             if (!fresh) {
-                if (!refactor()) continue;
-                compute_primal();
-                compute_dual();
-                fresh = true;
+                fresh = refresh();
                 continue;
             }
             if (std::fabs(apq) < 1e-11) return LpStatus::Numerical;
@@ -405,11 +409,7 @@ LpStatus Simplex::dual_loop() {
         bool refac = lu_.updates() + 1 >= kRefactor;
         if (!change_basis(p, q, alpha_.data())) continue;
         fresh = false;
-        if (refac) {
-            compute_primal();
-            compute_dual();
-            fresh = true;
-        }
+        if (refac) fresh = recompute();
     }
 }
 
@@ -454,10 +454,7 @@ LpStatus Simplex::primal_loop() {
         }
         if (tmax == kInf) {
             if (!fresh) {
-                if (!refactor()) continue;
-                compute_primal();
-                compute_dual();
-                fresh = true;
+                fresh = refresh();
                 continue;
             }
             unbounded_ = q;
@@ -501,10 +498,7 @@ LpStatus Simplex::primal_loop() {
         pivot_row(rho_.data());
         const double apq = alpha_[p];
         if (std::fabs(apq - arow_[q]) > 1e-7 * (1.0 + std::fabs(apq)) && !fresh) {
-            if (!refactor()) continue;
-            compute_primal();
-            compute_dual();
-            fresh = true;
+            fresh = refresh();
             continue;
         }
         const double theta_d = d_[q] / arow_[q];
@@ -517,11 +511,7 @@ LpStatus Simplex::primal_loop() {
         bool refac = lu_.updates() + 1 >= kRefactor;
         if (!change_basis(p, q, alpha_.data())) continue;
         fresh = false;
-        if (refac) {
-            compute_primal();
-            compute_dual();
-            fresh = true;
-        }
+        if (refac) fresh = recompute();
     }
 }
 
@@ -556,9 +546,7 @@ LpStatus Simplex::dual_phase1() {
         }
     if (st == LpStatus::Optimal || st == LpStatus::Infeasible) st = LpStatus::Optimal;
     if (st == LpStatus::Optimal) {
-        if (!refactor()) return no_memory_ ? LpStatus::NoMemory : LpStatus::Numerical;
-        compute_primal();
-        compute_dual();
+        if (!refresh()) return failure();
     }
     for (int k = 0; k < a_.m; ++k) w_[k] = 1.0;
     return st;
@@ -593,9 +581,7 @@ LpStatus Simplex::solve(const int* state, const SimplexSettings& settings) {
     }
     for (int j = 0; j < nm; ++j)
         if (state_[j] != kBasic) nonbasic_value(j);
-    if (!refactor()) return no_memory_ ? LpStatus::NoMemory : LpStatus::Numerical;
-    compute_primal();
-    compute_dual();
+    if (!refresh()) return failure();
     if (primal_feasible() && dual_feasible()) return LpStatus::Optimal;
 
     bool perturbed = false;
@@ -631,15 +617,11 @@ LpStatus Simplex::solve(const int* state, const SimplexSettings& settings) {
         if (st != LpStatus::Optimal) return st;
         // Remove perturbations and shifts, then clean up with the primal simplex.
         for (int j = 0; j < nm; ++j) cost_[j] = cost0_[j];
-        if (!refactor()) return no_memory_ ? LpStatus::NoMemory : LpStatus::Numerical;
-        compute_primal();
-        compute_dual();
+        if (!refresh()) return failure();
         if (!dual_feasible() && primal_feasible()) {
             st = primal_loop();
             if (st != LpStatus::Optimal) return st;
-            if (!refactor()) return no_memory_ ? LpStatus::NoMemory : LpStatus::Numerical;
-            compute_primal();
-            compute_dual();
+            if (!refresh()) return failure();
         }
         if (primal_feasible() && dual_feasible()) return LpStatus::Optimal;
         for (int k = 0; k < m; ++k) w_[k] = 1.0;

@@ -46,6 +46,11 @@ private:
     bool is_boxed(int j) const;
     void nonbasic_value(int j);
     bool refactor();
+    // Primal and dual values from the current factors (true, for use in conditions).
+    bool recompute();
+    // Refactor and recompute; false when the basis could not be factored.
+    bool refresh();
+    LpStatus failure() const;  // the status after refresh() failed
     void compute_primal();
     void compute_dual();
     void pivot_row(const double* rho);
