@@ -413,6 +413,14 @@ LpStatus Simplex::dual_loop() {
     }
 }
 
+// The step at which basic variable k, changing at rate g, meets the bound it moves towards,
+// widened by `slack`; infinite when that bound is.
+double Simplex::step_to_bound(int k, double g, double slack) const {
+    int j = head_[k];
+    if (g < 0) return lo_[j] == -kInf ? kInf : (x_[j] - lo_[j] + slack) / -g;
+    return up_[j] == kInf ? kInf : (up_[j] - x_[j] + slack) / g;
+}
+
 LpStatus Simplex::primal_loop() {
     const int m = a_.m, n = a_.n, nm = m + n;
     const double tp = set_.primal_tol, td = set_.dual_tol;
@@ -441,15 +449,7 @@ LpStatus Simplex::primal_loop() {
         for (int k = 0; k < m; ++k) {
             double g = -dir * alpha_[k];
             if (std::fabs(g) < kPivotTol) continue;
-            int j = head_[k];
-            double t;
-            if (g < 0) {
-                if (lo_[j] == -kInf) continue;
-                t = (x_[j] - lo_[j] + tp) / -g;
-            } else {
-                if (up_[j] == kInf) continue;
-                t = (up_[j] - x_[j] + tp) / g;
-            }
+            double t = step_to_bound(k, g, tp);
             if (t < tmax) tmax = t;
         }
         if (tmax == kInf) {
@@ -465,15 +465,7 @@ LpStatus Simplex::primal_loop() {
         for (int k = 0; k < m; ++k) {
             double g = -dir * alpha_[k];
             if (std::fabs(g) < kPivotTol) continue;
-            int j = head_[k];
-            double t;
-            if (g < 0) {
-                if (lo_[j] == -kInf) continue;
-                t = (x_[j] - lo_[j]) / -g;
-            } else {
-                if (up_[j] == kInf) continue;
-                t = (up_[j] - x_[j]) / g;
-            }
+            double t = step_to_bound(k, g, 0.0);
             if (t <= tmax && std::fabs(g) > amax) { amax = std::fabs(g); p = k; step = t; }
         }
         if (step < 0) step = 0;

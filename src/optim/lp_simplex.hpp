@@ -61,6 +61,7 @@ private:
     bool flip_to_dual_feasible();
     LpStatus dual_loop();
     LpStatus primal_loop();
+    double step_to_bound(int k, double g, double slack) const;
     LpStatus dual_phase1();
     void perturb_costs();
     bool change_basis(int p, int q, const double* alpha);
