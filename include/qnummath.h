@@ -1243,7 +1243,62 @@ QNUM_API void qnum_d_mps_free(Qnum_d_mps* problem);
  * Linear programming
  * ------------------------------------------------------------------------------------------ */
 
-/* (declarations of this section go here) */
+/* Options of the linear programming routines (T is float for qnum_f_, double for qnum_d_). */
+#define QNUM_LP_OBJ_VALUE 15020       /* T*: receives the objective value */
+#define QNUM_LP_ROW_ACTIVITY 15021    /* T[nrows]: receives each row's activity a.x */
+#define QNUM_LP_DUALS 15022           /* T[nrows]: receives each row's dual value */
+#define QNUM_LP_REDUCED_COSTS 15023   /* T[ncolumns]: receives c - A^T y */
+#define QNUM_LP_BASIS 15024           /* int row_status[nrows], int column_status[ncolumns] */
+#define QNUM_LP_ITERATIONS 15025      /* int*: receives the simplex iteration count */
+#define QNUM_LP_MAX_ITERATIONS 15026  /* int: iteration limit, default INT_MAX */
+#define QNUM_LP_FEASIBILITY_TOL 15027 /* T: bound violation allowed, default 1e-7 */
+#define QNUM_LP_OPTIMALITY_TOL 15028  /* T: reduced-cost violation allowed, default 1e-7 */
+#define QNUM_LP_MAXIMIZE 15029        /* no value: maximise instead of minimise */
+#define QNUM_LP_WARM_START 15030      /* const int row_status[nrows], const int column_status[ncolumns] */
+#define QNUM_LP_PROGRESS 15031        /* qnum_lp_progress fcn, void* data: called as the solve runs */
+
+/* A progress report: the iteration count, the objective of the current basis (of the
+ * problem as solved, so minimised), and its sums of primal and dual infeasibilities. Called
+ * every 100 iterations and once at the end; it runs in the calling thread. */
+typedef void (*qnum_lp_progress)(int iteration, double objective, double primal_infeasibility,
+                                 double dual_infeasibility, void* data);
+
+/* Basis status codes of rows and columns (QNUM_LP_BASIS, QNUM_LP_WARM_START). */
+#define QNUM_LP_BASIC 1    /* basic */
+#define QNUM_LP_AT_LOWER 2 /* nonbasic at its lower bound */
+#define QNUM_LP_AT_UPPER 3 /* nonbasic at its upper bound */
+#define QNUM_LP_FREE 4     /* nonbasic free variable at zero */
+#define QNUM_LP_FIXED 5    /* nonbasic with equal bounds */
+
+/* qnum_d_linear_programming(problem, options..., 0): minimises objective . x +
+ * objective_constant over the record's rows and bounds: 'E', 'L' and 'G' rows with their
+ * right-hand sides and ranges (as documented with Qnum_d_mps); 'N' rows are free and ignored.
+ * Bounds at or beyond the record's positive_infinity / negative_infinity are infinite (when
+ * those are 0, as in a zero-filled record, only true infinities are). lower_bound NULL means
+ * 0 for every column, upper_bound NULL means no upper bounds, ranges NULL means none.
+ * Returns the ncolumns values of the solution in a new array (free it with
+ * qnum_free_allocated_memory) or in the caller's (QNUM_RETURN_USER). qnum_f_linear_programming
+ * takes the same record, computes in double and returns float results.
+ * Duals follow c - A^T y = reduced costs for the sense solved, so that each is the rate of
+ * change of the optimal objective with its row's bound; 'N' rows get dual 0 and status basic.
+ * Options: QNUM_RETURN_USER, QNUM_LP_OBJ_VALUE, QNUM_LP_ROW_ACTIVITY, QNUM_LP_DUALS,
+ * QNUM_LP_REDUCED_COSTS, QNUM_LP_BASIS, QNUM_LP_ITERATIONS, QNUM_LP_MAX_ITERATIONS,
+ * QNUM_LP_FEASIBILITY_TOL, QNUM_LP_OPTIMALITY_TOL, QNUM_LP_MAXIMIZE, QNUM_LP_PROGRESS (a null
+ * function is allowed and reports nothing), QNUM_LP_WARM_START (a
+ * basis with one basic variable per non-'N' row; the solve then starts from it and skips
+ * presolve, and an optimal basis takes 0 iterations).
+ * Method: presolve (empty and singleton rows, fixed, empty and free singleton columns), scaling,
+ * a bounded dual simplex with dual steepest-edge pricing and a bound-flipping ratio test on a
+ * sparse LU of the basis, a primal simplex to finish.
+ * Errors: TERMINAL 150 null problem or array, 132 negative count or iteration limit, 8134
+ * matrix index out of range, 8135 bad row type, 8136 a NaN in the data, 8137 a tolerance not
+ * in (0, 1), 8138 a bad warm-start status, 8139 a warm-start basis of the wrong size, 103
+ * unknown option, 104/105 null option pointer, 201 out of memory; FATAL 8130 infeasible (with
+ * the sum of infeasibilities), 8131 unbounded (with the column's name), 8133 numerical
+ * trouble; on these the routine returns NULL. WARNING 8132 when the iteration limit is
+ * reached: the point of the last basis is returned. */
+QNUM_API float* qnum_f_linear_programming(const Qnum_d_mps* problem, ...);
+QNUM_API double* qnum_d_linear_programming(const Qnum_d_mps* problem, ...);
 
 /* ------------------------------------------------------------------------------------------
  * Special functions

@@ -1,0 +1,110 @@
+// Linear programming on real problem files: every Netlib LP and the LP relaxation of every
+// MIPLIB file of the shared test data, against the optimal objectives in its table.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <sys/stat.h>
+
+#include "lp_test_util.hpp"
+#include "qnum_test.hpp"
+
+namespace qnum::test {
+namespace {
+
+const std::string kDir = std::string(QNUM_TEST_DATA_DIR) + "/../../shared/data/mps/";
+
+// The table's objective includes its own reading of a right-hand side on the objective row
+// (glpk_obj_const); the comparison is between the parts without the constant.
+struct Case {
+    std::string file;
+    double objective;  // without the constant
+};
+
+// The LP and MIP rows of expected.tsv with their optimal LP objective.
+std::vector<Case> cases() {
+    std::vector<Case> out;
+    std::ifstream in(kDir + "expected.tsv");
+    std::string line, cell;
+    std::vector<std::string> head;
+    if (!std::getline(in, line)) return out;
+    for (std::stringstream s(line); std::getline(s, cell, '\t');) head.push_back(cell);
+    while (std::getline(in, line)) {
+        std::vector<std::string> f;
+        for (std::stringstream s(line); std::getline(s, cell, '\t');) f.push_back(cell);
+        f.resize(head.size());
+        std::string kind, obj, status, constant;
+        for (std::size_t k = 0; k < head.size(); ++k) {
+            if (head[k] == "kind") kind = f[k];
+            if (head[k] == "glpk_lp_obj") obj = f[k];
+            if (head[k] == "glpk_lp_status") status = f[k];
+            if (head[k] == "glpk_obj_const") constant = f[k];
+        }
+        if ((kind == "LP" || kind == "MIP") && status == "OPTIMAL") 
+            out.push_back({f[0], std::atof(obj.c_str()) - std::atof(constant.c_str())});
+    }
+    return out;
+}
+
+class LpFiles : public ::testing::TestWithParam<Case> {
+protected:
+    QuietErrors quiet;
+};
+
+TEST_P(LpFiles, OptimalWithCertificate) {
+    const Case& c = GetParam();
+    if (c.file.empty()) GTEST_SKIP() << "the shared problem files are absent";
+    Qnum_d_mps* p = qnum_d_read_mps((kDir + c.file).c_str(), 0);
+    ASSERT_NE(p, nullptr) << c.file;
+    std::vector<double> y(p->nrows + 1), d(p->ncolumns + 1), act(p->nrows + 1);
+    std::vector<int> rs(p->nrows + 1), cs(p->ncolumns + 1);
+    double obj = 0;
+    int iters = -1;
+    double* x = qnum_d_linear_programming(p, QNUM_LP_OBJ_VALUE, &obj, QNUM_LP_DUALS, y.data(),
+                                          QNUM_LP_REDUCED_COSTS, d.data(), QNUM_LP_ROW_ACTIVITY,
+                                          act.data(), QNUM_LP_BASIS, rs.data(), cs.data(),
+                                          QNUM_LP_ITERATIONS, &iters, 0);
+    ASSERT_NE(x, nullptr) << c.file << ": error " << last_code();
+    EXPECT_EQ(last_type(), 0) << c.file;
+    EXPECT_NEAR(obj - p->objective_constant, c.objective, 1e-9 * std::fabs(c.objective)) << c.file;
+    expect_optimal(p, x, y.data(), d.data(), 1.0, 1e-9, c.file);
+    // The basis has one basic variable per constraint row.
+    int basic = 0, rows = 0;
+    for (int i = 0; i < p->nrows; ++i) {
+        rows += p->row_type[i] != 'N';
+        basic += p->row_type[i] != 'N' && rs[i] == QNUM_LP_BASIC;
+    }
+    for (int j = 0; j < p->ncolumns; ++j) basic += cs[j] == QNUM_LP_BASIC;
+    EXPECT_EQ(basic, rows) << c.file;
+    // A warm start from the optimal basis is optimal at once.
+    int again = -1;
+    double obj2 = 0;
+    double* x2 = qnum_d_linear_programming(p, QNUM_LP_WARM_START, rs.data(), cs.data(),
+                                           QNUM_LP_ITERATIONS, &again, QNUM_LP_OBJ_VALUE, &obj2, 0);
+    ASSERT_NE(x2, nullptr) << c.file;
+    EXPECT_EQ(again, 0) << c.file;
+    EXPECT_NEAR(obj2 - p->objective_constant, c.objective, 1e-9 * std::fabs(c.objective)) << c.file;
+    qnum_free_allocated_memory(x2);
+    qnum_free_allocated_memory(x);
+    qnum_d_mps_free(p);
+}
+
+std::vector<Case> file_cases() {
+    struct stat st;
+    if (stat((kDir + "expected.tsv").c_str(), &st) != 0) return {{"", 0}};
+    return cases();
+}
+
+INSTANTIATE_TEST_SUITE_P(SharedData, LpFiles, ::testing::ValuesIn(file_cases()),
+                         [](const ::testing::TestParamInfo<Case>& info) {
+                             std::string s = info.param.file.empty() ? "absent" : info.param.file;
+                             for (char& ch : s) if (!std::isalnum(static_cast<unsigned char>(ch))) ch = '_';
+                             return s;
+                         });
+
+}  // namespace
+}  // namespace qnum::test
