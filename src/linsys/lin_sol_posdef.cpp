@@ -73,7 +73,7 @@ T* lin_sol_posdef(int n, T* a, T* b, frame::Options opt) {
         }
     }
     auto missing = [](const char* name) {
-        frame::raise(Type::Terminal, err::solver_missing_array, Str{name});
+        frame::raise(Type::Terminal, err::null_required_argument, Str{name});
     };
     if (a == nullptr && !solve_only) missing("a");
     if (b == nullptr && !factor_only && !inverse_only) missing("b");

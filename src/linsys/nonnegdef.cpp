@@ -145,7 +145,7 @@ T* lin_sol_nonnegdef(int n, T* a, T* b, frame::Options opt) {
         case QNUM_INVERSE_ONLY: inverse_only = true; break;
         case QNUM_RETURN_USER: user_x = opt.ptr<T>("x", "QNUM_RETURN_USER"); break;
         case QNUM_TOLERANCE: tol = opt.get<double>(); break;
-        default: opt.unknown(code, err::random_unknown_option);
+        default: opt.unknown(code, err::unknown_routine_option);
         }
     }
     if (frame::pending()) return nullptr;

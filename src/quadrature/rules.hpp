@@ -16,21 +16,6 @@
 
 namespace qnum::quadrature {
 
-// Marks the current error-stack level as the user's while an integrand runs, exactly as
-// frame::UserCall does ("ON" before, "OFF" after), but by setting the level's flag in place:
-// an integrand is called millions of times, and the exported marker routine costs more per
-// call than a cheap integrand itself.
-class UserMark {
-public:
-    UserMark() : level_(context()->top) { level_->user = 1; }
-    ~UserMark() { level_->user = 0; }
-    UserMark(const UserMark&) = delete;
-    UserMark& operator=(const UserMark&) = delete;
-
-private:
-    StackEntry* level_;
-};
-
 // The user's integrand: a plain function or one with a data pointer. Every call counts and
 // marks the error stack as the user's, so errors raised inside it are reported to the caller.
 template <class T>
@@ -42,7 +27,7 @@ struct Integrand {
 
     T operator()(T x) {
         ++evals;
-        UserMark mark;
+        frame::UserCall mark;
         return with_data != nullptr ? with_data(x, data) : plain(x);
     }
 };

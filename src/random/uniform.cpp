@@ -95,7 +95,7 @@ T* random_uniform(int n, frame::Options opt) {
     while (int code = opt.next()) {
         switch (code) {
             case QNUM_RETURN_USER: r.borrow(opt.ptr<T>("r", "QNUM_RETURN_USER")); break;
-            default: opt.unknown(code, err::random_unknown_option);
+            default: opt.unknown(code, err::unknown_routine_option);
         }
     }
     check::positive(n, "n_random");
