@@ -1,0 +1,158 @@
+// The team runner. Faults in members are caught by a handler of the kernels' own, installed
+// in front of the routine frame's one when the first trapped team starts: a member that
+// faults jumps back to the start of its share of the work, records the signal and stops the
+// team; the calling thread then raises the same signal on itself, inside its own trap.
+#include "kernels/team.hpp"
+
+#include <csetjmp>
+#include <csignal>
+#include <cstring>
+#include <omp.h>
+#include <pthread.h>
+
+#include "frame/context.hpp"
+#include "frame/frame.hpp"
+#include "frame/platform.hpp"
+#include "frame/threads.hpp"
+
+#if defined(__SANITIZE_THREAD__)
+// The team's start and end are synchronised inside the threading runtime, which the race
+// detector does not see; these two edges tell it.
+extern "C" void __tsan_acquire(void* addr);
+extern "C" void __tsan_release(void* addr);
+#define QNUM_TEAM_EDGE(kind, addr) __tsan_##kind(addr)
+#else
+#define QNUM_TEAM_EDGE(kind, addr) ((void)(addr))
+#endif
+
+namespace qnum::kern::team {
+namespace {
+
+struct Shared {
+    Body body;
+    void* context;
+    int chunks;
+    bool trap;
+    std::atomic<int> stop{0};
+    std::atomic<int> signal{0};
+    unsigned char done[threads::limit] = {};
+};
+
+// A member's way back from a fault.
+struct Member {
+    sigjmp_buf jump;
+    Shared* shared;
+};
+
+__thread Member* armed __attribute__((tls_model("initial-exec"))) = nullptr;
+
+constexpr int caught[] = {SIGILL, SIGSEGV};
+struct sigaction previous[2];
+platform::Mutex install_lock;
+std::atomic<bool> installed{false};
+
+// A fault outside a team member goes to the handler that was there before ours.
+void chain(int sig, siginfo_t* info, void* uctx) {
+    const struct sigaction* prev = nullptr;
+    for (int i = 0; i < 2; ++i)
+        if (caught[i] == sig) prev = &previous[i];
+    if (prev == nullptr) return;
+    if (prev->sa_flags & SA_SIGINFO) {
+        if (prev->sa_sigaction) prev->sa_sigaction(sig, info, uctx);
+        return;
+    }
+    if (prev->sa_handler == SIG_IGN) return;
+    if (prev->sa_handler == SIG_DFL) {
+        signal(sig, SIG_DFL);  // the faulting instruction runs again and ends the process
+        return;
+    }
+    prev->sa_handler(sig);
+}
+
+void handler(int sig, siginfo_t* info, void* uctx) {
+    Member* m = armed;
+    if (m == nullptr) {
+        chain(sig, info, uctx);
+        return;
+    }
+    armed = nullptr;
+    int none = 0;
+    m->shared->signal.compare_exchange_strong(none, sig);
+    m->shared->stop.store(1);
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, sig);
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    siglongjmp(m->jump, 1);
+}
+
+// Installed after the frame's handler, so that ours sees a member's fault first.
+void install() {
+    platform::Lock guard(install_lock);
+    if (installed.load(std::memory_order_relaxed)) return;
+    struct sigaction sa;
+    std::memset(&sa, 0, sizeof sa);
+    sa.sa_sigaction = handler;
+    sa.sa_flags = SA_SIGINFO;
+    sigemptyset(&sa.sa_mask);
+    for (int i = 0; i < 2; ++i) sigaction(caught[i], &sa, &previous[i]);
+    installed.store(true, std::memory_order_release);
+}
+
+// True when the calling thread is inside a trapped public routine.
+bool caller_trapped() {
+    if (!frame::trap::enabled()) return false;
+    const Context* c = context_if_any();
+    return c != nullptr && c->trap_depth > 0 && frame::trap::installed.load(std::memory_order_acquire);
+}
+
+void share(Shared& s, int member, int members) {
+    for (int i = member; i < s.chunks; i += members) {
+        if (s.stop.load(std::memory_order_relaxed)) return;
+        if (s.body(s.context, i, s.stop)) s.done[i] = 1;
+    }
+}
+
+// sigsetjmp needs a frame that outlives the work, and nothing in it that changes afterwards.
+void trapped_share(Shared& s, int member, int members) {
+    Member m;
+    m.shared = &s;
+    if (sigsetjmp(m.jump, 0) == 0) {
+        armed = &m;
+        share(s, member, members);
+    }
+    armed = nullptr;
+}
+
+}  // namespace
+
+bool run(int threads, int chunks, Body body, void* context) {
+    Shared s;
+    s.body = body;
+    s.context = context;
+    s.chunks = chunks < threads::limit ? chunks : threads::limit;
+    s.trap = caller_trapped();
+    if (s.trap && !installed.load(std::memory_order_acquire)) install();
+    static char start_edge, end_edge;
+    QNUM_TEAM_EDGE(release, &start_edge);
+#pragma omp parallel num_threads(threads)
+    {
+        QNUM_TEAM_EDGE(acquire, &start_edge);
+        if (s.trap)
+            trapped_share(s, omp_get_thread_num(), omp_get_num_threads());
+        else
+            share(s, omp_get_thread_num(), omp_get_num_threads());
+        QNUM_TEAM_EDGE(release, &end_edge);
+    }
+    QNUM_TEAM_EDGE(acquire, &end_edge);
+    if (const int sig = s.signal.load()) {
+        raise(sig);  // the routine's trap takes it from here
+        return false;
+    }
+    bool all = true;
+    for (int i = 0; i < s.chunks; ++i)
+        if (!s.done[i]) all = body(context, i, s.stop) && all;
+    return all;
+}
+
+}  // namespace qnum::kern::team
