@@ -29,13 +29,11 @@ void on_fork_child() {
     team_busy.store(0, std::memory_order_relaxed);
 }
 
+std::atomic<long> granted{0};
+
 int read_configuration() {
     pthread_atfork(nullptr, nullptr, on_fork_child);
-    char text[64];
-    if (platform::get_env("QNUM_NUM_THREADS", text, sizeof text) > 0) {
-        if (const int n = parse(text)) return n;
-    }
-    return available_cpus();
+    return from_environment();
 }
 
 }  // namespace
@@ -63,6 +61,14 @@ int available_cpus() {
     return 1;
 }
 
+int from_environment() {
+    char text[64];
+    if (platform::get_env("QNUM_NUM_THREADS", text, sizeof text) > 0) {
+        if (const int n = parse(text)) return n;
+    }
+    return available_cpus();
+}
+
 int configured() {
     const int forced = override_count.load(std::memory_order_relaxed);
     if (forced > 0) return forced;
@@ -72,13 +78,17 @@ int configured() {
 
 void set_for_tests(int count) { override_count.store(count > 0 ? count : 0, std::memory_order_relaxed); }
 
+long teams_granted() { return granted.load(std::memory_order_relaxed); }
+
 Claim::Claim(int wanted) {
+    configured();  // registers the fork hook before any team starts
     if (wanted <= 1 || omp_get_level() > 0 || forked_child.load(std::memory_order_relaxed)) return;
     int expected = 0;
     if (!team_busy.compare_exchange_strong(expected, 1, std::memory_order_acquire)) return;
     held_ = true;
     count_ = wanted;
     team_started.store(1, std::memory_order_relaxed);
+    granted.fetch_add(1, std::memory_order_relaxed);
 }
 
 Claim::~Claim() {

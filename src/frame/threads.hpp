@@ -12,12 +12,17 @@ int parse(const char* text);
 // The CPUs this process may run on, from its affinity mask (at least 1).
 int available_cpus();
 
-// The number of threads the library uses: QNUM_NUM_THREADS when it holds a valid count, else
-// the affinity mask's CPU count. The variable is read once, at the first call.
+// QNUM_NUM_THREADS when it holds a valid count, else the affinity mask's CPU count; read now.
+int from_environment();
+
+// The number of threads the library uses: from_environment() as it was at the first call.
 int configured();
 
 // Replaces configured() until called again with 0 (tests only).
 void set_for_tests(int count);
+
+// How many claims were granted more than one thread since the process started (tests only).
+long teams_granted();
 
 // The calling thread's claim on a team of worker threads. At most one caller holds the team
 // at a time: a second caller thread that enters while the first is inside, a call made from
