@@ -66,6 +66,12 @@ int from_environment() {
     if (platform::get_env("QNUM_NUM_THREADS", text, sizeof text) > 0) {
         if (const int n = parse(text)) return n;
     }
+    // The runtime's own variable, its first level when it lists several.
+    if (platform::get_env("OMP_NUM_THREADS", text, sizeof text) > 0) {
+        for (char* c = text; *c != '\0'; ++c)
+            if (*c == ',') *c = '\0';
+        if (const int n = parse(text)) return n;
+    }
     return available_cpus();
 }
 

@@ -12,7 +12,8 @@ int parse(const char* text);
 // The CPUs this process may run on, from its affinity mask (at least 1).
 int available_cpus();
 
-// QNUM_NUM_THREADS when it holds a valid count, else the affinity mask's CPU count; read now.
+// QNUM_NUM_THREADS when it holds a valid count, else OMP_NUM_THREADS's first level when that
+// is valid, else the affinity mask's CPU count; read now.
 int from_environment();
 
 // The number of threads the library uses: from_environment() as it was at the first call.

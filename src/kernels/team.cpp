@@ -146,7 +146,7 @@ bool run(int threads, int chunks, Body body, void* context) {
     }
     QNUM_TEAM_EDGE(acquire, &end_edge);
     if (const int sig = s.signal.load()) {
-        raise(sig);  // the routine's trap takes it from here
+        ::raise(sig);  // the routine's trap takes it from here
         return false;
     }
     bool all = true;

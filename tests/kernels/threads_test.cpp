@@ -402,21 +402,31 @@ TEST(ThreadsSetting, CountsAreParsedStrictly) {
     for (const auto& row : table) EXPECT_EQ(threads::parse(row.text), row.want) << (row.text ? row.text : "null");
 }
 
-TEST(ThreadsSetting, EnvironmentGivesOneMoreThanTheCoresOrTheDefaultForGarbage) {
+TEST(ThreadsSetting, OursThenTheRuntimesThenTheAffinityMask) {
     const int cpus = threads::available_cpus();
     EXPECT_GE(cpus, 1);
     const struct {
-        const char* value;
+        const char* ours;
+        const char* omp;
         int want;
-    } table[] = {{"1", 1}, {"64", 64}, {"lots", cpus}, {"0", cpus}, {"-4", cpus}, {nullptr, cpus}};
-    for (const auto& row : table) {
-        if (row.value != nullptr)
-            setenv("QNUM_NUM_THREADS", row.value, 1);
+    } table[] = {{"1", nullptr, 1},       {"64", nullptr, 64},      {"lots", nullptr, cpus},
+                 {"0", nullptr, cpus},    {"-4", nullptr, cpus},    {nullptr, nullptr, cpus},
+                 {"3", "5", 3},           {"junk", "5", 5},         {nullptr, "6,2", 6},
+                 {nullptr, "none", cpus}, {nullptr, ",4", cpus}};
+    auto set = [](const char* name, const char* value) {
+        if (value != nullptr)
+            setenv(name, value, 1);
         else
-            unsetenv("QNUM_NUM_THREADS");
-        EXPECT_EQ(threads::from_environment(), row.want) << (row.value ? row.value : "unset");
+            unsetenv(name);
+    };
+    for (const auto& row : table) {
+        set("QNUM_NUM_THREADS", row.ours);
+        set("OMP_NUM_THREADS", row.omp);
+        EXPECT_EQ(threads::from_environment(), row.want)
+            << (row.ours ? row.ours : "unset") << " / " << (row.omp ? row.omp : "unset");
     }
     unsetenv("QNUM_NUM_THREADS");
+    unsetenv("OMP_NUM_THREADS");
 }
 
 TEST(ThreadsSetting, TheVariableIsReadOnce) {
