@@ -78,16 +78,17 @@ void peer_gemm(int n, const cd* a, const cd* b, cd* c) {
 // end. Each case runs in several rounds, ours and the peer's alternating, and the ratio takes
 // each side's best round: on a shared machine the slow rounds measure the neighbours. CPU
 // time, not wall time, for the same reason, for one thread computing; runs on several threads
-// ask for wall time (UseRealTime), and get it here.
+// are compared by wall time (`wall`).
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
+    explicit RatioReporter(bool wall = false) : wall_(wall) {}
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& r : runs)
             if (r.run_type == Run::RT_Iteration && !r.error_occurred) {
                 const std::string key = r.run_name.function_name + "/" + r.run_name.args;
                 auto it = best_.find(key);
-                const double t = r.use_real_time ? r.GetAdjustedRealTime() : r.GetAdjustedCPUTime();
+                const double t = wall_ ? r.GetAdjustedRealTime() : r.GetAdjustedCPUTime();
                 if (it == best_.end() || t < it->second) best_[key] = t;
             }
     }
@@ -107,6 +108,7 @@ public:
     }
 
 private:
+    bool wall_;
     std::map<std::string, double> best_;
 };
 

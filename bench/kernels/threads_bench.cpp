@@ -96,7 +96,7 @@ int main(int argc, char** argv) {
                         ->MinTime(0.5);
                 }
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    RatioReporter reporter(true);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_ratios("qnum", "openblas", "qnum / OpenBLAS, all threads on both sides");
     reporter.print_ratios("qnum", "qnum1", "qnum all threads / qnum one thread");

@@ -115,7 +115,10 @@ T* scratch() {
 namespace {
 
 // Below this many multiply-adds per thread, starting a team costs more than it saves.
-constexpr double work_per_thread = 64.0 * 64 * 64;
+constexpr double work_per_thread = 80.0 * 80 * 80;
+// Parts per member where C is large enough: a member slowed down by the rest of the machine
+// then holds back the others by less than a whole share.
+constexpr int parts_per_member = 2;
 
 // How the rows and columns of C are cut among the members: tm by tn parts, each made of
 // whole register blocks (the last one may end at the edge of C).
@@ -158,14 +161,18 @@ Grid grid_for(const Problem<T>& p, const Engine<T>& e, int threads) {
     return g;
 }
 
+// The multiply-adds of a product, in real ones.
+template <class T>
+double work(const Problem<T>& p) {
+    return static_cast<double>(p.m) * p.n * p.k * (is_complex_v<T> ? 4 : 1);
+}
+
 // How many threads a product deserves.
 template <class T>
 int team_size(const Problem<T>& p) {
     const int configured = threads::configured();
     if (configured <= 1) return 1;
-    const double complex_factor = is_complex_v<T> ? 4 : 1;
-    const double work = static_cast<double>(p.m) * p.n * p.k * complex_factor;
-    const double useful = work / work_per_thread;
+    const double useful = work(p) / work_per_thread;
     return useful < configured ? static_cast<int>(useful) : configured;
 }
 
@@ -196,14 +203,21 @@ bool run(const Problem<T>& p) {
     const Engine<T> e = engine<T>();
     char* w = workspace_for(e, nullptr);
     if (w == nullptr) return false;
-    threads::Claim claim(team_size(p));
-    const Grid g = claim.count() > 1 ? grid_for(p, e, claim.count()) : Grid{};
-    if (g.tm * g.tn == 1) {
+    const int wanted = team_size(p);
+    threads::Claim claim(wanted);
+    const int members = claim.count();
+    Grid g;
+    if (members > 1) {
+        const bool more_parts = work(p) >= work_per_thread * members * parts_per_member;
+        g = grid_for(p, e, more_parts ? members * parts_per_member : members);
+    }
+    const int parts = g.tm * g.tn;
+    if (parts == 1) {
         e.run(p, Part{0, p.m, 0, p.n}, reinterpret_cast<T*>(w), reinterpret_cast<T*>(w + Layout<T>(e).b_offset));
         return true;
     }
     Shared<T> shared{p, e, g};
-    team::run(g.tm * g.tn, g.tm * g.tn, &run_part<T>, &shared);
+    team::run(parts < members ? parts : members, parts, &run_part<T>, &shared);
     return true;
 }
 

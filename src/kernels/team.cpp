@@ -7,7 +7,6 @@
 #include <csetjmp>
 #include <csignal>
 #include <cstring>
-#include <omp.h>
 #include <pthread.h>
 
 #include "frame/context.hpp"
@@ -33,6 +32,7 @@ struct Shared {
     void* context;
     int chunks;
     bool trap;
+    std::atomic<int> next{0};
     std::atomic<int> stop{0};
     std::atomic<int> signal{0};
     unsigned char done[threads::limit] = {};
@@ -106,20 +106,22 @@ bool caller_trapped() {
     return c != nullptr && c->trap_depth > 0 && frame::trap::installed.load(std::memory_order_acquire);
 }
 
-void share(Shared& s, int member, int members) {
-    for (int i = member; i < s.chunks; i += members) {
+// Members take the next chunk as they come free: on a busy machine a member that starts late
+// leaves its share to the others instead of holding them all at the end.
+void share(Shared& s) {
+    for (int i; (i = s.next.fetch_add(1, std::memory_order_relaxed)) < s.chunks;) {
         if (s.stop.load(std::memory_order_relaxed)) return;
         if (s.body(s.context, i, s.stop)) s.done[i] = 1;
     }
 }
 
 // sigsetjmp needs a frame that outlives the work, and nothing in it that changes afterwards.
-void trapped_share(Shared& s, int member, int members) {
+void trapped_share(Shared& s) {
     Member m;
     m.shared = &s;
     if (sigsetjmp(m.jump, 0) == 0) {
         armed = &m;
-        share(s, member, members);
+        share(s);
     }
     armed = nullptr;
 }
@@ -139,9 +141,9 @@ bool run(int threads, int chunks, Body body, void* context) {
     {
         QNUM_TEAM_EDGE(acquire, &start_edge);
         if (s.trap)
-            trapped_share(s, omp_get_thread_num(), omp_get_num_threads());
+            trapped_share(s);
         else
-            share(s, omp_get_thread_num(), omp_get_num_threads());
+            share(s);
         QNUM_TEAM_EDGE(release, &end_edge);
     }
     QNUM_TEAM_EDGE(acquire, &end_edge);

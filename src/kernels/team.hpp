@@ -11,7 +11,8 @@ namespace qnum::kern::team {
 // nonzero when another member faulted; long chunks look at it between blocks and return.
 using Body = bool (*)(void* context, int index, const std::atomic<int>& stop);
 
-// Runs chunks 0 .. chunks-1 on `threads` threads, the calling thread among them. The other
+// Runs chunks 0 .. chunks-1 on `threads` threads, the calling thread among them, each chunk
+// taken by the first member free (more chunks than threads even out the members' speeds). The other
 // members never touch the error stack and never create a per-thread context. When the caller
 // runs inside a trapped public routine, a fault in any member stops the others at their next
 // look at `stop`, and once all have returned it is raised again on the calling thread, where

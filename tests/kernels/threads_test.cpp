@@ -119,27 +119,32 @@ std::vector<Call<T>> calls() {
                 return c;
             });
         }
+    // The rank updates hand the product blocks of about half the order: a longer k keeps them
+    // large enough for a team.
+    const int kr = 401;
+    const auto R = random_matrix<T>(static_cast<std::size_t>(kr) * kr, 8);
+    const auto S = random_matrix<T>(static_cast<std::size_t>(kr) * kr, 9);
     for (char uplo : {'L', 'U'})
         for (char trans : {'N', 'T'}) {
             const char htrans = trans == 'N' ? 'N' : 'C';
             list.push_back([=] {
                 auto c = C;
-                kern::syrk(uplo, trans, m, k, alpha, A.data(), ld, beta, c.data(), ld);
+                kern::syrk(uplo, trans, m, kr, alpha, R.data(), kr, beta, c.data(), ld);
                 return c;
             });
             list.push_back([=] {
                 auto c = C;
-                kern::herk(uplo, htrans, m, k, ralpha, A.data(), ld, rbeta, c.data(), ld);
+                kern::herk(uplo, htrans, m, kr, ralpha, R.data(), kr, rbeta, c.data(), ld);
                 return c;
             });
             list.push_back([=] {
                 auto c = C;
-                kern::syr2k(uplo, trans, m, k, alpha, A.data(), ld, B.data(), ld, beta, c.data(), ld);
+                kern::syr2k(uplo, trans, m, kr, alpha, R.data(), kr, S.data(), kr, beta, c.data(), ld);
                 return c;
             });
             list.push_back([=] {
                 auto c = C;
-                kern::her2k(uplo, htrans, m, k, alpha, A.data(), ld, B.data(), ld, rbeta, c.data(), ld);
+                kern::her2k(uplo, htrans, m, kr, alpha, R.data(), kr, S.data(), kr, rbeta, c.data(), ld);
                 return c;
             });
         }
