@@ -14,16 +14,6 @@
 #include "frame/platform.hpp"
 #include "frame/threads.hpp"
 
-#if defined(__SANITIZE_THREAD__)
-// The team's start and end are synchronised inside the threading runtime, which the race
-// detector does not see; these two edges tell it.
-extern "C" void __tsan_acquire(void* addr);
-extern "C" void __tsan_release(void* addr);
-#define QNUM_TEAM_EDGE(kind, addr) __tsan_##kind(addr)
-#else
-#define QNUM_TEAM_EDGE(kind, addr) ((void)(addr))
-#endif
-
 namespace qnum::kern::team {
 namespace {
 
@@ -33,6 +23,7 @@ struct Shared {
     int chunks;
     bool trap;
     std::atomic<int> next{0};
+    std::atomic<int> finished{0};  // members that returned
     std::atomic<int> stop{0};
     std::atomic<int> signal{0};
     unsigned char done[threads::limit] = {};
@@ -126,6 +117,11 @@ void trapped_share(Shared& s) {
     armed = nullptr;
 }
 
+// The team's work, handed over through atomics rather than through variables that the
+// parallel region captures: the threading runtime synchronises those in ways that a race
+// detector cannot see, and these edges it can. Only the holder of the team writes it.
+std::atomic<Shared*> current{nullptr};
+
 }  // namespace
 
 bool run(int threads, int chunks, Body body, void* context) {
@@ -135,18 +131,17 @@ bool run(int threads, int chunks, Body body, void* context) {
     s.chunks = chunks < threads::limit ? chunks : threads::limit;
     s.trap = caller_trapped();
     if (s.trap && !installed.load(std::memory_order_acquire)) install();
-    static char start_edge, end_edge;
-    QNUM_TEAM_EDGE(release, &start_edge);
+    current.store(&s, std::memory_order_release);
 #pragma omp parallel num_threads(threads)
     {
-        QNUM_TEAM_EDGE(acquire, &start_edge);
-        if (s.trap)
-            trapped_share(s);
+        Shared& mine = *current.load(std::memory_order_acquire);
+        if (mine.trap)
+            trapped_share(mine);
         else
-            share(s);
-        QNUM_TEAM_EDGE(release, &end_edge);
+            share(mine);
+        mine.finished.fetch_add(1, std::memory_order_release);
     }
-    QNUM_TEAM_EDGE(acquire, &end_edge);
+    s.finished.load(std::memory_order_acquire);
     if (const int sig = s.signal.load()) {
         ::raise(sig);  // the routine's trap takes it from here
         return false;
