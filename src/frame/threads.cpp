@@ -76,10 +76,9 @@ int from_environment() {
 }
 
 int configured() {
+    static const int count = read_configuration();  // also registers the fork hook
     const int forced = override_count.load(std::memory_order_relaxed);
-    if (forced > 0) return forced;
-    static const int count = read_configuration();
-    return count;
+    return forced > 0 ? forced : count;
 }
 
 void set_for_tests(int count) { override_count.store(count > 0 ? count : 0, std::memory_order_relaxed); }
@@ -87,7 +86,7 @@ void set_for_tests(int count) { override_count.store(count > 0 ? count : 0, std:
 long teams_granted() { return granted.load(std::memory_order_relaxed); }
 
 Claim::Claim(int wanted) {
-    configured();  // registers the fork hook before any team starts
+    configured();  // the fork hook is in place before any team starts
     if (wanted <= 1 || omp_get_level() > 0 || forked_child.load(std::memory_order_relaxed)) return;
     int expected = 0;
     if (!team_busy.compare_exchange_strong(expected, 1, std::memory_order_acquire)) return;
