@@ -122,6 +122,8 @@ void trapped_share(Shared& s) {
 // detector cannot see, and these edges it can. Only the holder of the team writes it.
 std::atomic<Shared*> current{nullptr};
 
+std::atomic<long> late{0};
+
 }  // namespace
 
 bool run(int threads, int chunks, Body body, void* context) {
@@ -148,8 +150,13 @@ bool run(int threads, int chunks, Body body, void* context) {
     }
     bool all = true;
     for (int i = 0; i < s.chunks; ++i)
-        if (!s.done[i]) all = body(context, i, s.stop) && all;
+        if (!s.done[i]) {
+            late.fetch_add(1, std::memory_order_relaxed);
+            all = body(context, i, s.stop) && all;
+        }
     return all;
 }
+
+long late_chunks() { return late.load(std::memory_order_relaxed); }
 
 }  // namespace qnum::kern::team

@@ -20,4 +20,8 @@ using Body = bool (*)(void* context, int index, const std::atomic<int>& stop);
 // Returns true when every chunk ran.
 bool run(int threads, int chunks, Body body, void* context);
 
+// How many chunks the calling thread had to run after its team, since the process started
+// (tests only).
+long late_chunks();
+
 }  // namespace qnum::kern::team

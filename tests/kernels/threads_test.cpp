@@ -23,6 +23,7 @@
 #include "frame/frame.hpp"
 #include "frame/threads.hpp"
 #include "kernels/level3.hpp"
+#include "kernels/team.hpp"
 #include "qnummath.h"
 
 namespace {
@@ -209,6 +210,29 @@ TEST(ThreadsProduct, ThreadedProductMatchesAPlainLoop) {
             const double want = static_cast<double>(2 * s - c0[i + j * m]);
             ASSERT_NEAR(c[i + j * m], want, 1e-12 * k) << i << "," << j;
         }
+}
+
+// Inside a trapped routine the members run under their own traps, and do their share.
+TEST(ThreadsTrapped, TrappedRoutinesSpreadTheWorkToo) {
+    qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
+    const int n = 190;
+    auto a = random_matrix<double>(n * n, 11);
+    std::vector<double> one(n * n), many(n * n);
+    {
+        ThreadCount count(1);
+        kern::gemm('N', 'N', n, n, n, 1.0, a.data(), n, a.data(), n, 0.0, one.data(), n);
+    }
+    ThreadCount count(3);
+    const long teams = threads::teams_granted(), late = qnum::kern::team::late_chunks();
+    const int ran = qnum::frame::call<int>("qnum_d_trapped_product", [&] {
+        kern::gemm('N', 'N', n, n, n, 1.0, a.data(), n, a.data(), n, 0.0, many.data(), n);
+        return 1;
+    });
+    EXPECT_EQ(ran, 1);
+    EXPECT_EQ(qnum_n1rty(1), 0);
+    EXPECT_GT(threads::teams_granted(), teams);
+    EXPECT_EQ(qnum::kern::team::late_chunks(), late);
+    EXPECT_EQ(std::memcmp(many.data(), one.data(), one.size() * sizeof(double)), 0);
 }
 
 // ---- the claim on the team ----
