@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <malloc.h>
 #include <omp.h>
 #include <random>
 #include <string>
@@ -235,6 +236,23 @@ TEST(ThreadsTrapped, TrappedRoutinesSpreadTheWorkToo) {
     EXPECT_EQ(std::memcmp(many.data(), one.data(), one.size() * sizeof(double)), 0);
 }
 
+// Every thread's packing buffers go when the thread ends.
+TEST(ThreadsWorkspace, AThreadsBuffersAreFreedWhenItEnds) {
+    auto in_use = [] {
+        const struct mallinfo2 m = mallinfo2();
+        return static_cast<long long>(m.uordblks + m.hblkhd);
+    };
+    const int n = 300;
+    auto a = random_matrix<double>(n * n, 12);
+    std::vector<double> c(n * n);
+    const long long before = in_use();
+    std::thread([&] {
+        ThreadCount one(1);
+        kern::gemm('N', 'N', n, n, n, 1.0, a.data(), n, a.data(), n, 0.0, c.data(), n);
+    }).join();
+    EXPECT_LT(in_use() - before, 256 * 1024);  // the buffers are megabytes
+}
+
 // ---- the claim on the team ----
 
 TEST(ThreadsClaim, OneCallerAtATimeAndNeverFromInsideAParallelRegion) {
@@ -429,7 +447,7 @@ TEST(ThreadsSetting, CountsAreParsedStrictly) {
     const struct {
         const char* text;
         int want;
-    } table[] = {{"1", 1},       {"8", 8},      {" 3 ", 3},   {"1024", 1024}, {"1025", 0}, {"0", 0},
+    } table[] = {{"1", 1},       {"8", 8},      {"08", 8},    {" 3 ", 3},   {"1024", 1024}, {"1025", 0}, {"0", 0},
                  {"-2", 0},      {"+2", 0},     {"2x", 0},    {"x2", 0},      {"", 0},     {"   ", 0},
                  {"2 3", 0},     {"99999999999999999999", 0}, {"0.5", 0},     {nullptr, 0}};
     for (const auto& row : table) EXPECT_EQ(threads::parse(row.text), row.want) << (row.text ? row.text : "null");
