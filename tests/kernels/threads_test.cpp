@@ -101,6 +101,13 @@ std::vector<Call<T>> calls() {
         kern::gemm('N', 'N', 5, 1201, 400, alpha, A.data(), 5, wide.data(), 400, beta, c.data(), 5);
         return c;
     });
+    // One more than a multiple of every register block: the last block of each part is a
+    // single row and column.
+    list.push_back([=] {
+        auto c = C;
+        kern::gemm('N', 'N', 193, 193, 150, alpha, A.data(), ld, B.data(), ld, beta, c.data(), ld);
+        return c;
+    });
     // beta = 0 assigns.
     list.push_back([=] {
         auto c = C;
@@ -479,6 +486,12 @@ TEST(ThreadsSetting, OursThenTheRuntimesThenTheAffinityMask) {
     }
     unsetenv("QNUM_NUM_THREADS");
     unsetenv("OMP_NUM_THREADS");
+}
+
+TEST(ThreadsSetting, WithoutSettingsEveryCpuOfTheAffinityMaskIsUsed) {
+    if (std::getenv("QNUM_NUM_THREADS") != nullptr || std::getenv("OMP_NUM_THREADS") != nullptr)
+        GTEST_SKIP() << "the environment sets a count";
+    EXPECT_EQ(threads::configured(), threads::available_cpus());
 }
 
 TEST(ThreadsSetting, TheVariableIsReadOnce) {
