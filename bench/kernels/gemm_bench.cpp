@@ -1,77 +1,13 @@
 // Level 3 kernels beside OpenBLAS, both on one thread, through the public entry points:
 // square dgemm and sgemm, zgemm and cgemm, and dtrsm (left, lower, no transpose, unit
 // diagonal). Prints GFLOP/s per run and, at the end, the time ratio qnum / OpenBLAS per case.
-#include <benchmark/benchmark.h>
-#ifdef QNUM_HAVE_OPENBLAS
-#include <cblas.h>
-#endif
+#include <cstdlib>
 
-#include <complex>
-#include <cstdio>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
-
-#include "qnummath.h"
+#include "bench_common.hpp"
 
 namespace {
 
-using cf = std::complex<float>;
-using cd = std::complex<double>;
-
-template <class T>
-std::vector<T> random_matrix(std::size_t n, unsigned seed) {
-    std::mt19937 g(seed);
-    std::uniform_real_distribution<double> u(-1, 1);
-    std::vector<T> v(n);
-    for (auto& x : v) {
-        if constexpr (std::is_same_v<T, cf> || std::is_same_v<T, cd>)
-            x = T(u(g), u(g));
-        else
-            x = static_cast<T>(u(g));
-    }
-    return v;
-}
-
-void qnum_gemm(int n, const float* a, const float* b, float* c) {
-    const float one = 1, zero = 0;
-    qnum_sgemm("N", 1, "N", 1, &n, &n, &n, &one, a, &n, b, &n, &zero, c, &n);
-}
-void qnum_gemm(int n, const double* a, const double* b, double* c) {
-    const double one = 1, zero = 0;
-    qnum_dgemm("N", 1, "N", 1, &n, &n, &n, &one, a, &n, b, &n, &zero, c, &n);
-}
-void qnum_gemm(int n, const cf* a, const cf* b, cf* c) {
-    const cf one = 1, zero = 0;
-    auto p = [](const cf* x) { return reinterpret_cast<const qnum_f_complex*>(x); };
-    qnum_cgemm("N", 1, "N", 1, &n, &n, &n, p(&one), p(a), &n, p(b), &n, p(&zero),
-               reinterpret_cast<qnum_f_complex*>(c), &n);
-}
-void qnum_gemm(int n, const cd* a, const cd* b, cd* c) {
-    const cd one = 1, zero = 0;
-    auto p = [](const cd* x) { return reinterpret_cast<const qnum_d_complex*>(x); };
-    qnum_zgemm("N", 1, "N", 1, &n, &n, &n, p(&one), p(a), &n, p(b), &n, p(&zero),
-               reinterpret_cast<qnum_d_complex*>(c), &n);
-}
-
-#ifdef QNUM_HAVE_OPENBLAS
-void peer_gemm(int n, const float* a, const float* b, float* c) {
-    cblas_sgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, n, n, n, 1.0f, a, n, b, n, 0.0f, c, n);
-}
-void peer_gemm(int n, const double* a, const double* b, double* c) {
-    cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, n, n, n, 1.0, a, n, b, n, 0.0, c, n);
-}
-void peer_gemm(int n, const cf* a, const cf* b, cf* c) {
-    const cf one = 1, zero = 0;
-    cblas_cgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, n, n, n, &one, a, n, b, n, &zero, c, n);
-}
-void peer_gemm(int n, const cd* a, const cd* b, cd* c) {
-    const cd one = 1, zero = 0;
-    cblas_zgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, n, n, n, &one, a, n, b, n, &zero, c, n);
-}
-
-#endif
+using namespace kbench;
 
 template <class T>
 void bench_gemm(benchmark::State& state, bool ours) {
@@ -115,41 +51,10 @@ void bench_dtrsm(benchmark::State& state, bool ours) {
         benchmark::Counter(1.0 * nn * n * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
 }
 
-// Keeps the CPU time per call of every run, by name, to print qnum / OpenBLAS ratios at the
-// end. Each case runs in several rounds, ours and the peer's alternating, and the ratio takes
-// each side's best round: on a shared machine the slow rounds measure the neighbours. CPU
-// time, not wall time, for the same reason; for one thread computing they are the same thing.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& r : runs)
-            if (r.run_type == Run::RT_Iteration && !r.error_occurred) {
-                const std::string key = r.run_name.function_name + "/" + r.run_name.args;
-                auto it = best_.find(key);
-                const double t = r.GetAdjustedCPUTime();
-                if (it == best_.end() || t < it->second) best_[key] = t;
-            }
-    }
-    void print_ratios() const {
-        std::printf("\nratio qnum / OpenBLAS (best CPU time per call over the rounds, lower is better)\n");
-        for (const auto& [name, t] : best_) {
-            const std::size_t at = name.find("/qnum/");
-            if (at == std::string::npos) continue;
-            const auto it = best_.find(name.substr(0, at) + "/openblas/" + name.substr(at + 6));
-            if (it == best_.end()) continue;
-            std::printf("  %-28s %.3f\n", (name.substr(0, at) + "/" + name.substr(at + 6)).c_str(),
-                        t / it->second);
-        }
-    }
-
-private:
-    std::map<std::string, double> best_;
-};
-
 }  // namespace
 
 int main(int argc, char** argv) {
+    setenv("QNUM_NUM_THREADS", "1", 1);  // read at the first call: one thread on both sides
 #ifdef QNUM_HAVE_OPENBLAS
     openblas_set_num_threads(1);
     const bool peer = true;

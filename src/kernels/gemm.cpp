@@ -1,13 +1,15 @@
 // The general matrix product: the engine chosen by CPU detection, its per-thread packing
-// workspace, and kern::gemm.
+// workspace, the split of large products over a team of threads, and kern::gemm.
 #include <cstdint>
 #include <cstdlib>
 
 #include "frame/frame.hpp"
 #include "frame/registry.hpp"
 #include "frame/cpu.hpp"
+#include "frame/threads.hpp"
 #include "kernels/gemm_engine.hpp"
 #include "kernels/level3_util.hpp"
+#include "kernels/team.hpp"
 
 namespace qnum::kern {
 namespace gemm_impl {
@@ -110,12 +112,112 @@ T* scratch() {
     return reinterpret_cast<T*>(workspace_for(e, nullptr) + Layout<T>(e).scratch_offset);
 }
 
+namespace {
+
+// Below this many multiply-adds per thread, starting a team costs more than it saves.
+constexpr double work_per_thread = 80.0 * 80 * 80;
+// Parts per member where C is large enough: a member slowed down by the rest of the machine
+// then holds back the others by less than a whole share.
+constexpr int parts_per_member = 2;
+
+// How the rows and columns of C are cut among the members: tm by tn parts, each made of
+// whole register blocks (the last one may end at the edge of C).
+struct Grid {
+    int tm = 1, tn = 1;
+    Index um = 1, un = 1;  // register blocks along the rows and the columns
+    int mr = 1, nr = 1;
+
+    Index cut(Index units, int parts, int k, int width, Index size) const {
+        const Index at = units * k / parts * width;
+        return at < size ? at : size;
+    }
+    template <class T>
+    Part part(const Problem<T>& p, int index) const {
+        const int a = index % tm, b = index / tm;
+        return Part{cut(um, tm, a, mr, p.m), cut(um, tm, a + 1, mr, p.m), cut(un, tn, b, nr, p.n),
+                    cut(un, tn, b + 1, nr, p.n)};
+    }
+};
+
+// The most nearly square parts for `threads` members; fewer members when C has fewer
+// register blocks than that.
+template <class T>
+Grid grid_for(const Problem<T>& p, const Engine<T>& e, int threads) {
+    Grid g;
+    g.mr = e.mr, g.nr = e.nr;
+    g.um = (p.m + e.mr - 1) / e.mr, g.un = (p.n + e.nr - 1) / e.nr;
+    for (int t = threads; t > 1; --t) {
+        double best = 0;
+        for (int tm = 1; tm <= t; ++tm) {
+            if (t % tm != 0) continue;
+            const int tn = t / tm;
+            if (tm > g.um || tn > g.un) continue;
+            const double h = static_cast<double>(p.m) / tm, w = static_cast<double>(p.n) / tn;
+            const double skew = h > w ? h / w : w / h;
+            if (best == 0 || skew < best) best = skew, g.tm = tm, g.tn = tn;
+        }
+        if (best != 0) break;
+    }
+    return g;
+}
+
+// The multiply-adds of a product, in real ones.
+template <class T>
+double work(const Problem<T>& p) {
+    return static_cast<double>(p.m) * p.n * p.k * (is_complex_v<T> ? 4 : 1);
+}
+
+// How many threads a product deserves.
+template <class T>
+int team_size(const Problem<T>& p) {
+    const int configured = threads::configured();
+    if (configured <= 1) return 1;
+    const double useful = work(p) / work_per_thread;
+    return useful < configured ? static_cast<int>(useful) : configured;
+}
+
+template <class T>
+struct Shared {
+    const Problem<T>& p;
+    const Engine<T>& e;
+    Grid g;
+};
+
+// One part of C on the calling member, in its own workspace.
+template <class T>
+bool run_part(void* context, int index, const std::atomic<int>& stop) {
+    const Shared<T>& s = *static_cast<const Shared<T>*>(context);
+    const Layout<T> layout(s.e);
+    char* w = static_cast<char*>(thread_workspace(layout.bytes));
+    if (w == nullptr) return false;
+    Part part = s.g.part(s.p, index);
+    part.stop = &stop;
+    s.e.run(s.p, part, reinterpret_cast<T*>(w), reinterpret_cast<T*>(w + layout.b_offset));
+    return true;
+}
+
+}  // namespace
+
 template <class T>
 bool run(const Problem<T>& p) {
     const Engine<T> e = engine<T>();
     char* w = workspace_for(e, nullptr);
     if (w == nullptr) return false;
-    e.run(p, reinterpret_cast<T*>(w), reinterpret_cast<T*>(w + Layout<T>(e).b_offset));
+    const int wanted = team_size(p);
+    threads::Claim claim(wanted);
+    const int members = claim.count();
+    Grid g;
+    if (members > 1) {
+        const bool more_parts = work(p) >= work_per_thread * members * parts_per_member;
+        g = grid_for(p, e, more_parts ? members * parts_per_member : members);
+    }
+    const int parts = g.tm * g.tn;
+    if (parts == 1) {
+        e.run(p, Part{0, p.m, 0, p.n}, reinterpret_cast<T*>(w), reinterpret_cast<T*>(w + Layout<T>(e).b_offset));
+        return true;
+    }
+    Shared<T> shared{p, e, g};
+    team::run(parts < members ? parts : members, parts, &run_part<T>, &shared);
     return true;
 }
 

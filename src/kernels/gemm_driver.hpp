@@ -356,7 +356,7 @@ void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T
 // K: the kernel of one instruction set and type: T, MR, NR, MC, KC, NC and
 // micro(kc, a, b, c, ldc, alpha, beta) on reals.
 template <class K>
-void drive(const Problem<typename K::T>& pr, typename K::T* a_pack, typename K::T* b_pack) {
+void drive(const Problem<typename K::T>& pr, const Part& part, typename K::T* a_pack, typename K::T* b_pack) {
     using T = typename K::T;
     using R = typename Elem<T>::R;
     constexpr int CW = Elem<T>::cw;
@@ -369,8 +369,8 @@ void drive(const Problem<typename K::T>& pr, typename K::T* a_pack, typename K::
     const R one[2] = {1, 0}, zero[2] = {0, 0};
     alignas(64) R tile[MR * NR * CW];
 
-    for (Index jc = 0; jc < pr.n; jc += K::NC) {
-        const Index nc = lesser(K::NC, pr.n - jc);
+    for (Index jc = part.j0; jc < part.j1; jc += K::NC) {
+        const Index nc = lesser(K::NC, part.j1 - jc);
         for (Index pc = 0; pc < pr.k; pc += K::KC) {
             const Index kc = lesser(K::KC, pr.k - pc);
             // Later passes over k add to what the first one stored.
@@ -378,8 +378,9 @@ void drive(const Problem<typename K::T>& pr, typename K::T* a_pack, typename K::
             const bool beta_zero = beta[0] == 0 && (CW == 1 || beta[1] == 0);
             const bool beta_one = beta[0] == 1 && (CW == 1 || beta[1] == 0);
             pack_b<T, NR>(pr.b, pc, jc, kc, nc, bp);
-            for (Index ic = 0; ic < pr.m; ic += K::MC) {
-                const Index mc = lesser(K::MC, pr.m - ic);
+            for (Index ic = part.i0; ic < part.i1; ic += K::MC) {
+                if (part.stop != nullptr && part.stop->load(std::memory_order_relaxed) != 0) return;
+                const Index mc = lesser(K::MC, part.i1 - ic);
                 pack_a<T, MR>(pr.a, ic, pc, mc, kc, ap);
                 for (Index jr = 0; jr < nc; jr += NR) {
                     const Index cols = lesser(NR, nc - jr);

@@ -2,6 +2,7 @@
 // solves, and the engines (one per instruction set) that solve it.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 
 #include "kernels/level3.hpp"
@@ -33,13 +34,23 @@ struct Problem {
     Index ldc;
 };
 
+// The part of C that one run of a driver computes: rows i0 .. i1-1, columns j0 .. j1-1. A
+// part starts on a multiple of the register block (mr rows, nr columns) and ends on one or at
+// the edge of C, so each mr by nr block of C is computed by the same operations whatever the
+// cut: the product is bit-identical on any number of threads. A driver given `stop` returns
+// early once it becomes nonzero.
+struct Part {
+    Index i0, i1, j0, j1;
+    const std::atomic<int>* stop = nullptr;
+};
+
 // One instruction set's product: its blocking and its driver. The driver needs two
 // workspace arrays of `a_size()` and `b_size()` elements, aligned to 64 bytes.
 template <class T>
 struct Engine {
     int mr, nr;      // register block: the micro-kernel computes mr by nr of C
     int mc, kc, nc;  // cache blocks: mc by kc of A stays in L2, kc by nc of B in L3
-    void (*run)(const Problem<T>& p, T* a_pack, T* b_pack);
+    void (*run)(const Problem<T>& p, const Part& part, T* a_pack, T* b_pack);
     // trsm's left-side leaf: solves op(A) X = alpha B (m <= 32 rows, B m by n, overwritten)
     // for the triangle t, column-major with leading dimension ldt, its diagonal inverted and
     // zeros outside the triangle.
