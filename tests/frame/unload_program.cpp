@@ -1,5 +1,5 @@
-// Loads and unloads the library around threaded use; it is not linked against the library,
-// so that every dlclose really unloads it and runs its unload hook:
+// Loads and releases the library around threaded use, as a plug-in host would; it is not
+// linked against the library, so dlopen and dlclose alone decide when it is loaded:
 //   unload_program LIB N    N cycles of dlopen, two threads and the loader, join, dlclose
 #include <dlfcn.h>
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-// Loads the library afresh each cycle, so every cycle runs its load and unload hooks.
+// Each cycle opens the library, uses it from three threads, joins them and closes it again.
 int dlopen_cycles(const char* path, int cycles) {
     for (int i = 0; i < cycles; ++i) {
         void* lib = dlopen(path, RTLD_NOW | RTLD_LOCAL);
