@@ -188,26 +188,26 @@ using namespace qnum::kern;
 
 extern "C" void qnum_sgemm(const char* transa, int, const char* transb, int, const int* m, const int* n,
                            const int* k, const float* alpha, const float* a, const int* lda, const float* b,
-                           const int* ldb, const float* beta, float* c, const int* ldc) noexcept {
+                           const int* ldb, const float* beta, float* c, const int* ldc) {
     gemm_checked("qnum_sgemm", transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_dgemm(const char* transa, int, const char* transb, int, const int* m, const int* n,
                            const int* k, const double* alpha, const double* a, const int* lda,
                            const double* b, const int* ldb, const double* beta, double* c,
-                           const int* ldc) noexcept {
+                           const int* ldc) {
     gemm_checked("qnum_dgemm", transa, transb, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_cgemm(const char* transa, int, const char* transb, int, const int* m, const int* n,
                            const int* k, const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
                            const qnum_f_complex* b, const int* ldb, const qnum_f_complex* beta,
-                           qnum_f_complex* c, const int* ldc) noexcept {
+                           qnum_f_complex* c, const int* ldc) {
     gemm_checked("qnum_cgemm", transa, transb, m, n, k, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta), cx(c),
                  ldc);
 }
 extern "C" void qnum_zgemm(const char* transa, int, const char* transb, int, const int* m, const int* n,
                            const int* k, const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
                            const qnum_d_complex* b, const int* ldb, const qnum_d_complex* beta,
-                           qnum_d_complex* c, const int* ldc) noexcept {
+                           qnum_d_complex* c, const int* ldc) {
     gemm_checked("qnum_zgemm", transa, transb, m, n, k, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta), cx(c),
                  ldc);
 }
@@ -216,39 +216,39 @@ extern "C" void qnum_zgemm(const char* transa, int, const char* transb, int, con
 
 extern "C" void qnum_ssymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
                            const float* alpha, const float* a, const int* lda, const float* b, const int* ldb,
-                           const float* beta, float* c, const int* ldc) noexcept {
+                           const float* beta, float* c, const int* ldc) {
     symm_checked("qnum_ssymm", false, side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_dsymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
                            const double* alpha, const double* a, const int* lda, const double* b,
-                           const int* ldb, const double* beta, double* c, const int* ldc) noexcept {
+                           const int* ldb, const double* beta, double* c, const int* ldc) {
     symm_checked("qnum_dsymm", false, side, uplo, m, n, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_csymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
                            const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
                            const qnum_f_complex* b, const int* ldb, const qnum_f_complex* beta,
-                           qnum_f_complex* c, const int* ldc) noexcept {
+                           qnum_f_complex* c, const int* ldc) {
     symm_checked("qnum_csymm", false, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta), cx(c),
                  ldc);
 }
 extern "C" void qnum_zsymm(const char* side, int, const char* uplo, int, const int* m, const int* n,
                            const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
                            const qnum_d_complex* b, const int* ldb, const qnum_d_complex* beta,
-                           qnum_d_complex* c, const int* ldc) noexcept {
+                           qnum_d_complex* c, const int* ldc) {
     symm_checked("qnum_zsymm", false, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta), cx(c),
                  ldc);
 }
 extern "C" void qnum_chemm(const char* side, int, const char* uplo, int, const int* m, const int* n,
                            const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
                            const qnum_f_complex* b, const int* ldb, const qnum_f_complex* beta,
-                           qnum_f_complex* c, const int* ldc) noexcept {
+                           qnum_f_complex* c, const int* ldc) {
     symm_checked("qnum_chemm", true, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta), cx(c),
                  ldc);
 }
 extern "C" void qnum_zhemm(const char* side, int, const char* uplo, int, const int* m, const int* n,
                            const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
                            const qnum_d_complex* b, const int* ldb, const qnum_d_complex* beta,
-                           qnum_d_complex* c, const int* ldc) noexcept {
+                           qnum_d_complex* c, const int* ldc) {
     symm_checked("qnum_zhemm", true, side, uplo, m, n, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta), cx(c),
                  ldc);
 }
@@ -257,32 +257,32 @@ extern "C" void qnum_zhemm(const char* side, int, const char* uplo, int, const i
 
 extern "C" void qnum_ssyrk(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                            const float* alpha, const float* a, const int* lda, const float* beta, float* c,
-                           const int* ldc) noexcept {
+                           const int* ldc) {
     rank_k_checked("qnum_ssyrk", false, uplo, trans, n, k, alpha, a, lda, beta, c, ldc);
 }
 extern "C" void qnum_dsyrk(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                            const double* alpha, const double* a, const int* lda, const double* beta,
-                           double* c, const int* ldc) noexcept {
+                           double* c, const int* ldc) {
     rank_k_checked("qnum_dsyrk", false, uplo, trans, n, k, alpha, a, lda, beta, c, ldc);
 }
 extern "C" void qnum_csyrk(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                            const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
-                           const qnum_f_complex* beta, qnum_f_complex* c, const int* ldc) noexcept {
+                           const qnum_f_complex* beta, qnum_f_complex* c, const int* ldc) {
     rank_k_checked("qnum_csyrk", false, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(beta), cx(c), ldc);
 }
 extern "C" void qnum_zsyrk(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                            const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
-                           const qnum_d_complex* beta, qnum_d_complex* c, const int* ldc) noexcept {
+                           const qnum_d_complex* beta, qnum_d_complex* c, const int* ldc) {
     rank_k_checked("qnum_zsyrk", false, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(beta), cx(c), ldc);
 }
 extern "C" void qnum_cherk(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                            const float* alpha, const qnum_f_complex* a, const int* lda, const float* beta,
-                           qnum_f_complex* c, const int* ldc) noexcept {
+                           qnum_f_complex* c, const int* ldc) {
     rank_k_checked("qnum_cherk", true, uplo, trans, n, k, alpha, cx(a), lda, beta, cx(c), ldc);
 }
 extern "C" void qnum_zherk(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                            const double* alpha, const qnum_d_complex* a, const int* lda, const double* beta,
-                           qnum_d_complex* c, const int* ldc) noexcept {
+                           qnum_d_complex* c, const int* ldc) {
     rank_k_checked("qnum_zherk", true, uplo, trans, n, k, alpha, cx(a), lda, beta, cx(c), ldc);
 }
 
@@ -290,39 +290,39 @@ extern "C" void qnum_zherk(const char* uplo, int, const char* trans, int, const 
 
 extern "C" void qnum_ssyr2k(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                             const float* alpha, const float* a, const int* lda, const float* b,
-                            const int* ldb, const float* beta, float* c, const int* ldc) noexcept {
+                            const int* ldb, const float* beta, float* c, const int* ldc) {
     rank_2k_checked("qnum_ssyr2k", false, uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_dsyr2k(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                             const double* alpha, const double* a, const int* lda, const double* b,
-                            const int* ldb, const double* beta, double* c, const int* ldc) noexcept {
+                            const int* ldb, const double* beta, double* c, const int* ldc) {
     rank_2k_checked("qnum_dsyr2k", false, uplo, trans, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_csyr2k(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                             const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
                             const qnum_f_complex* b, const int* ldb, const qnum_f_complex* beta,
-                            qnum_f_complex* c, const int* ldc) noexcept {
+                            qnum_f_complex* c, const int* ldc) {
     rank_2k_checked("qnum_csyr2k", false, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
                     cx(c), ldc);
 }
 extern "C" void qnum_zsyr2k(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                             const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
                             const qnum_d_complex* b, const int* ldb, const qnum_d_complex* beta,
-                            qnum_d_complex* c, const int* ldc) noexcept {
+                            qnum_d_complex* c, const int* ldc) {
     rank_2k_checked("qnum_zsyr2k", false, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb, cx(beta),
                     cx(c), ldc);
 }
 extern "C" void qnum_cher2k(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                             const qnum_f_complex* alpha, const qnum_f_complex* a, const int* lda,
                             const qnum_f_complex* b, const int* ldb, const float* beta, qnum_f_complex* c,
-                            const int* ldc) noexcept {
+                            const int* ldc) {
     rank_2k_checked("qnum_cher2k", true, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb, beta, cx(c),
                     ldc);
 }
 extern "C" void qnum_zher2k(const char* uplo, int, const char* trans, int, const int* n, const int* k,
                             const qnum_d_complex* alpha, const qnum_d_complex* a, const int* lda,
                             const qnum_d_complex* b, const int* ldb, const double* beta, qnum_d_complex* c,
-                            const int* ldc) noexcept {
+                            const int* ldc) {
     rank_2k_checked("qnum_zher2k", true, uplo, trans, n, k, cx(alpha), cx(a), lda, cx(b), ldb, beta, cx(c),
                     ldc);
 }
@@ -331,48 +331,48 @@ extern "C" void qnum_zher2k(const char* uplo, int, const char* trans, int, const
 
 extern "C" void qnum_strmm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const float* alpha,
-                           const float* a, const int* lda, float* b, const int* ldb) noexcept {
+                           const float* a, const int* lda, float* b, const int* ldb) {
     triangular_checked("qnum_strmm", false, side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb);
 }
 extern "C" void qnum_dtrmm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const double* alpha,
-                           const double* a, const int* lda, double* b, const int* ldb) noexcept {
+                           const double* a, const int* lda, double* b, const int* ldb) {
     triangular_checked("qnum_dtrmm", false, side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb);
 }
 extern "C" void qnum_ctrmm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const qnum_f_complex* alpha,
                            const qnum_f_complex* a, const int* lda, qnum_f_complex* b,
-                           const int* ldb) noexcept {
+                           const int* ldb) {
     triangular_checked("qnum_ctrmm", false, side, uplo, transa, diag, m, n, cx(alpha), cx(a), lda, cx(b),
                        ldb);
 }
 extern "C" void qnum_ztrmm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const qnum_d_complex* alpha,
                            const qnum_d_complex* a, const int* lda, qnum_d_complex* b,
-                           const int* ldb) noexcept {
+                           const int* ldb) {
     triangular_checked("qnum_ztrmm", false, side, uplo, transa, diag, m, n, cx(alpha), cx(a), lda, cx(b),
                        ldb);
 }
 extern "C" void qnum_strsm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const float* alpha,
-                           const float* a, const int* lda, float* b, const int* ldb) noexcept {
+                           const float* a, const int* lda, float* b, const int* ldb) {
     triangular_checked("qnum_strsm", true, side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb);
 }
 extern "C" void qnum_dtrsm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const double* alpha,
-                           const double* a, const int* lda, double* b, const int* ldb) noexcept {
+                           const double* a, const int* lda, double* b, const int* ldb) {
     triangular_checked("qnum_dtrsm", true, side, uplo, transa, diag, m, n, alpha, a, lda, b, ldb);
 }
 extern "C" void qnum_ctrsm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const qnum_f_complex* alpha,
                            const qnum_f_complex* a, const int* lda, qnum_f_complex* b,
-                           const int* ldb) noexcept {
+                           const int* ldb) {
     triangular_checked("qnum_ctrsm", true, side, uplo, transa, diag, m, n, cx(alpha), cx(a), lda, cx(b), ldb);
 }
 extern "C" void qnum_ztrsm(const char* side, int, const char* uplo, int, const char* transa, int,
                            const char* diag, int, const int* m, const int* n, const qnum_d_complex* alpha,
                            const qnum_d_complex* a, const int* lda, qnum_d_complex* b,
-                           const int* ldb) noexcept {
+                           const int* ldb) {
     triangular_checked("qnum_ztrsm", true, side, uplo, transa, diag, m, n, cx(alpha), cx(a), lda, cx(b), ldb);
 }
 
@@ -381,26 +381,26 @@ extern "C" void qnum_ztrsm(const char* side, int, const char* uplo, int, const c
 extern "C" void qnum_20725(const char* transa, int transa_len, const char* transb, int transb_len,
                            const int* m, const int* n, const int* k, const float* alpha, const float* a,
                            const int* lda, const float* b, const int* ldb, const float* beta, float* c,
-                           const int* ldc) noexcept {
+                           const int* ldc) {
     qnum_sgemm(transa, transa_len, transb, transb_len, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_20726(const char* transa, int transa_len, const char* transb, int transb_len,
                            const int* m, const int* n, const int* k, const double* alpha, const double* a,
                            const int* lda, const double* b, const int* ldb, const double* beta, double* c,
-                           const int* ldc) noexcept {
+                           const int* ldc) {
     qnum_dgemm(transa, transa_len, transb, transb_len, m, n, k, alpha, a, lda, b, ldb, beta, c, ldc);
 }
 extern "C" void qnum_20743(const char* side, int side_len, const char* uplo, int uplo_len, const char* transa,
                            int transa_len, const char* diag, int diag_len, const int* m, const int* n,
                            const float* alpha, const float* a, const int* lda, float* b,
-                           const int* ldb) noexcept {
+                           const int* ldb) {
     qnum_strsm(side, side_len, uplo, uplo_len, transa, transa_len, diag, diag_len, m, n, alpha, a, lda, b,
                ldb);
 }
 extern "C" void qnum_20744(const char* side, int side_len, const char* uplo, int uplo_len, const char* transa,
                            int transa_len, const char* diag, int diag_len, const int* m, const int* n,
                            const double* alpha, const double* a, const int* lda, double* b,
-                           const int* ldb) noexcept {
+                           const int* ldb) {
     qnum_dtrsm(side, side_len, uplo, uplo_len, transa, transa_len, diag, diag_len, m, n, alpha, a, lda, b,
                ldb);
 }

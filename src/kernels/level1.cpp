@@ -268,10 +268,12 @@ void rotmg(T* d1, T* d2, T* x1, T y1, T* param) {
             *d1 = t;
             *x1 = y1 * u;
         }
+        // The implicit ones of the short forms become explicit before the first rescaling;
+        // a matrix already in full form keeps the entries that earlier rescalings made.
         auto full_form = [&] {
             if (flag == 0) {
                 h11 = h22 = 1;
-            } else {
+            } else if (flag == 1) {
                 h21 = -1;
                 h12 = 1;
             }
