@@ -156,7 +156,7 @@ TYPED_TEST(Level2, TriangularProductsAndSolves) {
                             for (int i = 0; i < n; ++i) {
                                 const bool in = uplo == 'U' ? i <= j : i >= j;
                                 T v = in && std::abs(i - j) <= kk ? random_value<T>(g) * T(Real<T>(1) / (kk + 1)) : T(0);
-                                if (i == j) v = diag == 'U' ? T(1) : v + T(2);
+                                if (i == j) v = diag == 'U' ? T(1) : v + scalar<T>(2, 2);  // both parts of a complex one may dominate
                                 d.at(i, j) = v;
                                 if (!in) continue;
                                 full.at(i, j) = i == j && diag == 'U' ? nan_value<T>() : v;
@@ -241,9 +241,9 @@ TYPED_TEST(Level2, RankUpdates) {
                         std::size_t p = 0;
                         for (int j = 0; j < n; ++j)
                             for (int i = 0; i < n; ++i)
-                                if (in(i, j)) {
+                                if (in(i, j)) {  // NOLINT
                                     EXPECT_LE(std::abs(widen(packed[p]) - e.at(i, j)), e.tol(i, j)) << i << "," << j;
-                                    if (i == j) EXPECT_EQ(0, std::imag(a.at(i, j)) + std::imag(packed[p]));
+                                    EXPECT_TRUE(i != j || std::abs(std::imag(a.at(i, j))) + std::abs(std::imag(packed[p])) == 0);
                                     ++p;
                                 }
                     }
