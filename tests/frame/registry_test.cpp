@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <string>
 #include <thread>
 
@@ -35,6 +36,7 @@ TEST(Registry, SettingABeyondTheArrayGrowsIt) {
         qnum::registry::set_value(key, nullptr);
     }
     EXPECT_EQ(qnum::registry::get_value(100000), nullptr);
+    EXPECT_EQ(qnum::registry::set_value(0, &dummy), ENOMEM);  // failures are reported as errno values
 }
 
 // One thread's values for thousands of keys pass several doublings of the value list; a list
