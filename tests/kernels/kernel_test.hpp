@@ -62,7 +62,7 @@ T random_value(std::mt19937& g) {
 }
 template <class T>
 bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
+    return a.size() == b.size() && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0);
 }
 
 // A column-major rows by cols matrix with leading dimension ld, allocated to exactly its
