@@ -302,7 +302,9 @@ TEST_F(KernelErrors, EveryCheckReportsItsCodeAndValuesAndWritesNothing) {
         EXPECT_EQ(5, last_type());
         EXPECT_EQ(c.code, last_code());
         for (std::size_t k = 0; k < c.ints.size(); ++k) EXPECT_EQ(c.ints[k], int_slot(static_cast<int>(k) + 1)) << k + 1;
-        if (c.text) EXPECT_EQ(c.text, string_slot(1));
+        if (c.text) {
+            EXPECT_EQ(c.text, string_slot(1));
+        }
     }
 }
 
