@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 
 #include "frame/context.hpp"
 #include "qnum_test.hpp"
@@ -273,20 +274,32 @@ TEST(ErrorStack, UserLevelMarkReportsAtThatLevel) {
     EXPECT_EQ(out.find(report, out.find(report) + 1), std::string::npos) << out;
 }
 
+// Every raised type, NOTE included, reaches the notification, whether printed or not.
 TEST(ErrorStack, NotificationCallbackSeesEveryReportedError) {
-    static int seen_type = 0, seen_code = 0;
-    static std::string seen_text;
+    static std::string seen;
     QuietErrors quiet;
     qnum_set_at_checksum([](int type, int code, const char* text) {
-        seen_type = type;
-        seen_code = code;
-        seen_text = text;
+        seen += std::to_string(type) + "/" + std::to_string(code) + "/" + text + ";";
     });
-    raise_in_level("qnum_f_cb", 3, 1234, "called back");
+    for (int type : {1, 2, 3}) raise_in_level("qnum_f_cb", type, 1230 + type, "called back");
     qnum_set_at_checksum(nullptr);
-    EXPECT_EQ(seen_type, 3);
-    EXPECT_EQ(seen_code, 1234);
-    EXPECT_EQ(seen_text, "called back");
+    EXPECT_EQ(seen, "1/1231/called back;2/1232/called back;3/1233/called back;");
+}
+
+// A thread starts with the default policy: WARNING and worse printed, FATAL, TERMINAL and
+// INTERNAL stopping, no tracebacks.
+TEST(ErrorStackThread, FreshThreadHasTheDefaultPolicy) {
+    qnum_skip_signal_handler();
+    std::string flags;
+    std::thread([&] {
+        for (int type = 1; type <= 8; ++type) {
+            int print = -1, stop = -1, trace = 0;
+            qnum_e1pos(-type, &print, &stop);
+            if (type < 8) qnum_error_options(QNUM_GET_TRACEBACK, type, &trace, 0);
+            flags += std::to_string(print) + std::to_string(stop) + std::to_string(trace) + " ";
+        }
+    }).join();
+    EXPECT_EQ(flags, "000 000 100 110 110 100 100 110 ");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
+#include <tuple>
 
 #include "frame/frame.hpp"
 #include "qnum_test.hpp"
@@ -130,45 +131,21 @@ double* call_worker(int n, int* seen_int, double* seen_real, ...) {
     return r;
 }
 
-TEST(OptionReader, ReadsIntsFloatsAndPointers) {
+// Ints, floats and pointers are read in turn; an unknown code names its position (the
+// required arguments and every value count), a null RETURN_USER names x, and the common
+// range check reports 132.
+TEST(OptionReader, ReadsValuesAndReportsBadOnes) {
     QuietErrors quiet;
     int i = 0;
     double r = 0, x[1];
     EXPECT_EQ(call_worker(3, &i, &r, 20001, 9, 20002, 2.5f, QNUM_RETURN_USER, x, 0), x);
-    EXPECT_EQ(i, 9);
-    EXPECT_EQ(r, 2.5);
-    EXPECT_EQ(qnum_n1rty(1), 0);
-}
-
-TEST(OptionReader, PositionsCountRequiredArgumentsAndValues) {
-    QuietErrors quiet;
-    int i = 0;
-    double r = 0;
+    EXPECT_EQ(std::make_tuple(i, r, qnum_n1rty(1)), std::make_tuple(9, 2.5, 0));
     call_worker(3, &i, &r, 20001, 9, 20002, 1.0, 31337, 0);
-    EXPECT_EQ(qnum_20305(), 103);
-    EXPECT_EQ(int_slot(1), 31337);
-    EXPECT_EQ(int_slot(2), 8);
-}
-
-TEST(OptionReader, NullReturnUserIsTerminal104NamingX) {
-    QuietErrors quiet;
-    int i = 0;
-    double r = 0;
+    EXPECT_EQ(std::make_tuple(qnum_20305(), int_slot(1), int_slot(2)), std::make_tuple(103, 31337, 8));
     EXPECT_EQ(call_worker(3, &i, &r, QNUM_RETURN_USER, static_cast<double*>(nullptr), 0), nullptr);
-    EXPECT_EQ(qnum_20305(), 104);
-    EXPECT_EQ(string_slot(1), "x");
-    EXPECT_EQ(string_slot(2), "QNUM_RETURN_USER");
-}
-
-TEST(OptionReader, CommonRangeCheckIsTerminal132) {
-    QuietErrors quiet;
-    int i = 0;
-    double r = 0;
+    EXPECT_EQ(std::make_tuple(qnum_20305(), string_slot(1), string_slot(2)), std::make_tuple(104, std::string("x"), std::string("QNUM_RETURN_USER")));
     call_worker(0, &i, &r, 0);
-    EXPECT_EQ(qnum_20305(), 132);
-    EXPECT_EQ(int_slot(1), 1);
-    EXPECT_EQ(int_slot(3), 0);
-    EXPECT_EQ(string_slot(1), "n");
+    EXPECT_EQ(std::make_tuple(qnum_20305(), int_slot(1), int_slot(3), string_slot(1)), std::make_tuple(132, 1, 0, std::string("n")));
 }
 
 TEST(Storage, BuffersCheckSizesAndReport201) {

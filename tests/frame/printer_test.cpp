@@ -91,6 +91,26 @@ TEST_F(Printing, LongMessagesWrapAtColumn77WithContinuationLines) {
               "***          Second line.\n\n");
 }
 
+// The header "*** WARNING  Error QNUM_MISSING_ARRAY from qnum_f_wrap.  " takes 57 columns:
+// a text of 20 fits the margin exactly, a blank at column 77 may take the break, one more
+// character sends the last word to a continuation line.
+TEST_F(Printing, WrapsExactlyAtTheMargin) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"aaaa bbbb cccc ddddd", "aaaa bbbb cccc ddddd\n\n"},
+        {"aaaa bbbb cccc dddddd", "aaaa bbbb cccc\n***          dddddd\n\n"},
+        {"aaaa bbbb cccc ddddd eeee", "aaaa bbbb cccc ddddd\n***          eeee\n\n"},
+        {"aaaa bbbb%/cccc", "aaaa bbbb\n***          cccc\n\n"},
+        {"a bbbbbbbbbbbbbbbbbbbbbbbbb", "a\n***          bbbbbbbbbbbbbbbbbbbbbbbbb\n\n"}};  // the first blank may break
+    for (auto [text, tail] : cases) {
+        std::string out = capture_errors([text = text] {
+            qnum_e1psh("qnum_f_wrap");
+            qnum_e1mes(3, 150, text);
+            qnum_e1pop("qnum_f_wrap");
+        });
+        EXPECT_EQ(out, std::string("\n*** WARNING  Error QNUM_MISSING_ARRAY from qnum_f_wrap.  ") + tail);
+    }
+}
+
 TEST_F(Printing, UnbrokenRunsAreCutAtTheMargin) {
     std::string out = capture_errors([] {
         qnum_e1psh("qnum_f_run");
@@ -203,8 +223,20 @@ TEST_F(Printing, CallerPrinterReceivesTypeCodeRoutineAndText) {
     qnum_e1psh("qnum_f_mine");
     qnum_e1mes(3, 17, "Mine.");
     qnum_e1pop("qnum_f_mine");
-    qnum_error_options(QNUM_ERROR_PRINT_PROC, nullptr, 0);
     EXPECT_EQ(seen, "3/17/qnum_f_mine/Mine.");
+    // A null procedure brings the stream printer back.
+    qnum_error_options(QNUM_ERROR_PRINT_PROC, nullptr, 0);
+    int kind = -1;
+    qnum_error_options(QNUM_GET_ERROR_PRINTER, &kind, 0);
+    EXPECT_EQ(kind, QNUM_PRINTER_STREAM);
+    seen.clear();
+    std::string out = capture_errors([] {
+        qnum_e1psh("qnum_f_mine");
+        qnum_e1mes(3, 150, "Streamed.");
+        qnum_e1pop("qnum_f_mine");
+    });
+    EXPECT_EQ(seen, "");
+    EXPECT_EQ(out, "\n*** WARNING  Error QNUM_MISSING_ARRAY from qnum_f_mine.  Streamed.\n\n");
 }
 
 TEST_F(Printing, NothingPrintsForAnEmptyMessageOrAClearedPrintFlag) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <string>
 #include <thread>
 
@@ -21,14 +22,40 @@ TEST(Registry, KeysStartAboveZeroAndGrowTheTable) {
     EXPECT_GE(qnum::registry::key_capacity(), 128);
 }
 
+// Setting a value beyond the thread's array grows it; the tables grow by doubling, so their
+// sizes stay powers of two.
 TEST(Registry, SettingABeyondTheArrayGrowsIt) {
+    auto power_of_two = [](long v) { return v >= 64 && (v & (v - 1)) == 0; };
     int dummy = 0;
-    ASSERT_EQ(qnum::registry::set_value(70, &dummy), qnum::registry::ok);
-    EXPECT_GE(qnum::registry::thread_array_length(), 71);
-    EXPECT_GE(qnum::registry::key_capacity(), 128);
-    EXPECT_EQ(qnum::registry::get_value(70), &dummy);
+    for (int key : {70, 300}) {
+        ASSERT_EQ(qnum::registry::set_value(key, &dummy), qnum::registry::ok);
+        EXPECT_GT(qnum::registry::thread_array_length(), key);
+        EXPECT_TRUE(power_of_two(qnum::registry::thread_array_length())) << qnum::registry::thread_array_length();
+        EXPECT_TRUE(power_of_two(qnum::registry::key_capacity())) << qnum::registry::key_capacity();
+        EXPECT_EQ(qnum::registry::get_value(key), &dummy);
+        qnum::registry::set_value(key, nullptr);
+    }
     EXPECT_EQ(qnum::registry::get_value(100000), nullptr);
-    qnum::registry::set_value(70, nullptr);
+    EXPECT_EQ(qnum::registry::set_value(0, &dummy), ENOMEM);  // failures are reported as errno values
+}
+
+// One thread's values for thousands of keys pass several doublings of the value list; a list
+// that believed itself larger than it is would corrupt the heap, which the allocator notices.
+TEST(RegistryThread, ValueListGrowsPastManyEntries) {
+    EXPECT_EQ(qnum::test::run_in_child([] {
+                  qnum_skip_signal_handler();
+                  std::thread([] {
+                      static int marker;
+                      for (int i = 0; i < 3000; ++i) {
+                          int key = 0;
+                          if (qnum::registry::key_create(&key, nullptr) != qnum::registry::ok ||
+                              qnum::registry::set_value(key, &marker) != qnum::registry::ok || qnum::registry::get_value(key) != &marker)
+                              std::_Exit(3);
+                      }
+                  }).join();
+                  for (int i = 0; i < 64; ++i) std::free(std::malloc(std::size_t{1} << (i % 22)));
+              }),
+              0);
 }
 
 TEST(Registry, OnceRunsItsInitialiserOnce) {

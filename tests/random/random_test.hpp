@@ -40,14 +40,29 @@ T expected_deviate(std::uint32_t s) {
     return static_cast<T>(static_cast<std::int32_t>(s)) * static_cast<T>(scale);
 }
 
+// The routines of precision T: the array routine with its options, the plain one, and the
+// caller's shuffle table.
+template <class T, class... Options>
+T* uniform(int n, Options... options) {
+    if constexpr (std::is_same_v<T, float>) {
+        return qnum_f_random_uniform(n, options...);
+    } else {
+        return qnum_d_random_uniform(n, options...);
+    }
+}
+template <class T>
+void plain_uniform(int n, T* r) {
+    std::is_same_v<T, float> ? qnum_rnun(n, reinterpret_cast<float*>(r)) : qnum_drnun(n, reinterpret_cast<double*>(r));
+}
+template <class T>
+void set_table(const T* t) {
+    std::is_same_v<T, float> ? qnum_rnses(reinterpret_cast<const float*>(t)) : qnum_drnses(reinterpret_cast<const double*>(t));
+}
 // Draws n deviates of precision T through the array routine.
 template <class T>
 std::vector<T> draw(int n) {
     std::vector<T> r(n);
-    if constexpr (std::is_same_v<T, float>)
-        qnum_f_random_uniform(n, QNUM_RETURN_USER, r.data(), 0);
-    else
-        qnum_d_random_uniform(n, QNUM_RETURN_USER, r.data(), 0);
+    uniform<T>(n, QNUM_RETURN_USER, r.data(), 0);
     return r;
 }
 

@@ -116,14 +116,6 @@ TYPED_TEST(Uniform, ShuffledGeneratorsBuildTheirTableOnFirstUse) {
     }
 }
 
-template <class T>
-void set_table(const T* t) {
-    if constexpr (std::is_same_v<T, float>)
-        qnum_rnses(t);
-    else
-        qnum_drnses(t);
-}
-
 TYPED_TEST(Uniform, CallersShuffleTable) {
     using T = TypeParam;
     in_fresh_thread([] {
@@ -194,17 +186,9 @@ TYPED_TEST(Uniform, FloatAndDoubleDrawFromOneStream) {
 TYPED_TEST(Uniform, ResultStorage) {
     using T = TypeParam;
     T user[4] = {};
-    T* got;
-    if constexpr (std::is_same_v<T, float>)
-        got = qnum_f_random_uniform(4, QNUM_RETURN_USER, user, 0);
-    else
-        got = qnum_d_random_uniform(4, QNUM_RETURN_USER, user, 0);
-    EXPECT_EQ(got, user);
+    EXPECT_EQ(uniform<T>(4, QNUM_RETURN_USER, user, 0), user);
     EXPECT_GT(user[3], T(0));
-    if constexpr (std::is_same_v<T, float>)
-        got = qnum_f_random_uniform(4, 0);
-    else
-        got = qnum_d_random_uniform(4, 0);
+    T* got = uniform<T>(4, 0);
     ASSERT_NE(got, nullptr);
     EXPECT_GT(got[3], T(0));
     qnum_free_allocated_memory(got);
@@ -216,19 +200,11 @@ TYPED_TEST(Uniform, FailedDrawReleasesTheResult) {
     using T = TypeParam;
     in_fresh_thread([] {
         random::Allocator old = random::set_allocator([](std::size_t) -> void* { return nullptr; });
-        T* got;
-        if constexpr (std::is_same_v<T, float>)
-            got = qnum_f_random_uniform(100, 0);
-        else
-            got = qnum_d_random_uniform(100, 0);
-        EXPECT_EQ(got, nullptr);
+        EXPECT_EQ(uniform<T>(100, 0), nullptr);
         EXPECT_EQ(last_type(), 5);
         EXPECT_EQ(last_code(), 200);
         T r[3] = {};
-        if constexpr (std::is_same_v<T, float>)
-            qnum_rnun(3, r);
-        else
-            qnum_drnun(3, r);
+        plain_uniform(3, r);
         EXPECT_EQ(last_code(), 200);
         EXPECT_EQ(r[0], T(0));
         random::set_allocator(old);
