@@ -158,7 +158,8 @@ TYPED_TEST(Level1, RotationConstruction) {
 TEST(Level1Real, ModifiedRotations) {
     const double tol = 64 * std::numeric_limits<double>::epsilon();
     const double cases[][4] = {{1, 1, 3, 4},  {2, 0.5, 1, 7},    {1, 1, 5, 0.1}, {3e-9, 2, 1, 1},
-                               {1, 3e8, 2, 1}, {4, 9, 1e-4, 1e3}, {1, -1, 1, 3},  {0.5, 0.25, 8, -2}, {1, 0x1p-24, 0x1p-40, 1}};  // the last leaves d1 exactly at the lower scaling bound
+                               {1, 3e8, 2, 1}, {4, 9, 1e-4, 1e3}, {1, -1, 1, 3},  {0.5, 0.25, 8, -2}, {1, 0x1p-24, 0x1p-40, 1},
+                               {0x1p-24, 0x1p-84, 1, 1}};  // d1 exactly at the lower scaling bound; d1 and d2 both rescaled
     for (auto& c : cases) {
         double d1 = c[0], d2 = c[1], x1 = c[2], p[5] = {0, 0, 0, 0, 0};
         const double y1 = c[3];
