@@ -8,6 +8,25 @@
 
 namespace qnum::linsys {
 
+bool cross_check(const CallShape& s) {
+    using frame::Int, frame::Str, frame::Type;
+    const int n = s.n, fcd = s.factor_in_a ? std::max(s.lda, s.fcd) : s.fcd;
+    auto fail = [](int code, auto... slots) {
+        frame::raise(Type::Terminal, code, slots...);
+        return false;
+    };
+    if (n < 1) return fail(err::order_not_positive, Int{n});
+    if (n > s.lda) return fail(err::col_dim_below_n, Int{n}, Int{s.lda}, Str{"a"});
+    if (n > fcd) return fail(err::col_dim_below_n, Int{n}, Int{fcd}, Str{"factor"});
+    if (s.has_inverse && n > s.icd) return fail(err::col_dim_below_n, Int{n}, Int{s.icd}, Str{"inva"});
+    if (int(s.factor_only) + int(s.solve_only) + int(s.inverse_only) > 1) return fail(err::only_options_conflict);
+    if (s.solve_only && !s.user_factor) return fail(err::solve_only_without_factor);
+    if (s.solve_only && s.cond) return fail(err::solve_only_with_condition);
+    if (s.inverse_only && !s.has_inverse) return fail(err::inverse_only_without_inverse);
+    if (s.factor_only && !s.has_factor) return fail(err::factor_only_without_factor);
+    return true;
+}
+
 template <class T>
 void rows_to_columns(int n, int cd, T* a) {
     m1ran(n, cd, a, a);

@@ -13,6 +13,16 @@
 
 namespace qnum::linsys {
 
+// What the general and positive definite solvers know about a call once its options are read.
+struct CallShape {
+    int n, lda, fcd, icd;
+    bool has_factor, has_inverse, factor_in_a, factor_only, solve_only, inverse_only, user_factor, cond;
+};
+// The cross-checks both solvers make, in their order: false after raising the first failure.
+// A caller's factor that is `a` itself is one array, checked against the larger of the two
+// column dimensions.
+bool cross_check(const CallShape& s);
+
 // |Re| + |Im|: the magnitude the kernels' iamax and asum use, and the one pivoting and the
 // condition estimator compare (cheaper than the modulus, within a factor sqrt(2) of it).
 template <class T>

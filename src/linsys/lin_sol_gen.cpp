@@ -77,21 +77,10 @@ T* lin_sol_gen(int n, T* a, T* b, frame::Options opt) {
     const bool has_factor = p_factor != nullptr || user_factor != nullptr;
     const bool has_inverse = p_inva != nullptr || user_inva != nullptr;
     const bool factor_in_a = user_factor != nullptr && user_factor == a;
-    if (factor_in_a) fcd = std::max(lda, fcd);
-    auto fail = [](int code, auto... slots) {
-        frame::raise(Type::Terminal, code, slots...);
+    if (!cross_check({n, lda, fcd, icd, has_factor, has_inverse, factor_in_a, factor_only, solve_only,
+                      inverse_only, user_factor != nullptr, cond != nullptr}))
         return nullptr;
-    };
-    if (n < 1) return fail(err::order_not_positive, Int{n});
-    if (n > lda) return fail(err::col_dim_below_n, Int{n}, Int{lda}, Str{"a"});
-    if (n > fcd) return fail(err::col_dim_below_n, Int{n}, Int{fcd}, Str{"factor"});
-    if (has_inverse && n > icd) return fail(err::col_dim_below_n, Int{n}, Int{icd}, Str{"inva"});
-    if (int(factor_only) + int(solve_only) + int(inverse_only) > 1) return fail(err::only_options_conflict);
-    if (solve_only && user_factor == nullptr) return fail(err::solve_only_without_factor);
-    if (solve_only && cond != nullptr) return fail(err::solve_only_with_condition);
-    if (inverse_only && !has_inverse) return fail(err::inverse_only_without_inverse);
-    if (factor_only && !has_factor) return fail(err::factor_only_without_factor);
-    if (factor_in_a) lda = fcd;
+    if (factor_in_a) lda = fcd = std::max(lda, fcd);
 
     if (p_factor != nullptr) {
         *p_factor = nullptr;
