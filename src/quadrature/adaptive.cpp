@@ -151,7 +151,8 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lis
     eps.epstab[0] = r.result;
     T errmax = r.abserr, area = r.result, errsum = r.abserr, abserr = oflow, result = r.result;
     T small = 0, erlarg = 0, ertest = 0, correc = 0;
-    int maxerr = 0, nrmax = 1, numrl2 = 2, ktmin = 0, ierro = 0, iroff1 = 0, iroff2 = 0, iroff3 = 0;
+    int maxerr = 0, nrmax = 1, numrl2 = 2, ktmin = 0, ierro = 0;
+    Roundoff<T> ro;
     bool extrap = false, noext = false;
     const int ksgn = dres >= (T(1) - T(50) * epmach) * defabs ? 1 : -1;
     int last = 1;
@@ -165,16 +166,10 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lis
         const T area12 = r1.result + r2.result, erro12 = r1.abserr + r2.abserr;
         errsum = errsum + erro12 - errmax;
         area = area + area12 - w.rlist[maxerr];
-        if (r1.resasc != r1.abserr && r2.resasc != r2.abserr) {
-            if (std::abs(w.rlist[maxerr] - area12) <= T(1e-5) * std::abs(area12) && erro12 >= T(0.99) * errmax) {
-                if (extrap) ++iroff2;
-                else ++iroff1;
-            }
-            if (last > 10 && erro12 > errmax) ++iroff3;
-        }
+        ro.count(r1, r2, w.rlist[maxerr], area12, erro12, errmax, last, extrap);
         errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
-        if (iroff1 + iroff2 >= 10 || iroff3 >= 20) ier = roundoff;
-        if (iroff2 >= 5) ierro = 3;
+        if (ro.too_many()) ier = roundoff;
+        if (ro.iroff2 >= 5) ierro = 3;
         if (last == w.limit) ier = limit_reached;
         if (too_small(a1, a2, b2)) ier = extrapolation_roundoff;  // renumbered below
         out.bad_a = a1;
@@ -440,7 +435,8 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
     eps.epstab[0] = result;
     int maxerr = w.iord[0];
     T errmax = w.elist[maxerr], area = result, erlarg = errsum, ertest = errbnd, correc = 0;
-    int nrmax = 1, numrl2 = 1, ktmin = 0, ierro = 0, iroff1 = 0, iroff2 = 0, iroff3 = 0, levmax = 1;
+    int nrmax = 1, numrl2 = 1, ktmin = 0, ierro = 0, levmax = 1;
+    Roundoff<T> ro;
     bool extrap = false, noext = false;
     abserr = oflow;
     const int ksgn = dres >= (T(1) - T(50) * epmach) * resabs ? 1 : -1;
@@ -455,18 +451,12 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
         const T area12 = r1.result + r2.result, erro12 = r1.abserr + r2.abserr;
         errsum = errsum + erro12 - errmax;
         area = area + area12 - w.rlist[maxerr];
-        if (r1.resasc != r1.abserr && r2.resasc != r2.abserr) {
-            if (std::abs(w.rlist[maxerr] - area12) <= T(1e-5) * std::abs(area12) && erro12 >= T(0.99) * errmax) {
-                if (extrap) ++iroff2;
-                else ++iroff1;
-            }
-            if (last > 10 && erro12 > errmax) ++iroff3;
-        }
+        ro.count(r1, r2, w.rlist[maxerr], area12, erro12, errmax, last, extrap);
         w.level[maxerr] = levcur;
         w.level[last - 1] = levcur;
         errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
-        if (iroff1 + iroff2 >= 10 || iroff3 >= 20) ier = roundoff;
-        if (iroff2 >= 5) ierro = 3;
+        if (ro.too_many()) ier = roundoff;
+        if (ro.iroff2 >= 5) ierro = 3;
         if (last == w.limit) ier = limit_reached;
         if (too_small(a1x, a2, b2)) ier = extrapolation_roundoff;
         out.bad_a = a1x;

@@ -39,6 +39,25 @@ struct RuleOut {
     T result = 0, abserr = 0, resabs = 0, resasc = 0;
 };
 
+// Roundoff counters of the extrapolating members. A bisection whose halves barely change the
+// area while the error hardly falls counts in iroff1 before extrapolation starts and in iroff2
+// after; one that makes the error grow late in the run counts in iroff3. A half whose error
+// estimate is its whole resasc says nothing about convergence, and the pair is skipped.
+template <class T>
+struct Roundoff {
+    int iroff1 = 0, iroff2 = 0, iroff3 = 0;
+    void count(const RuleOut<T>& r1, const RuleOut<T>& r2, T old_area, T area12, T erro12, T errmax,
+               int last, bool extrap) {
+        if (r1.resasc == r1.abserr || r2.resasc == r2.abserr) return;
+        if (std::abs(old_area - area12) <= T(1e-5) * std::abs(area12) && erro12 >= T(0.99) * errmax) {
+            if (extrap) ++iroff2;
+            else ++iroff1;
+        }
+        if (last > 10 && erro12 > errmax) ++iroff3;
+    }
+    bool too_many() const { return iroff1 + iroff2 >= 10 || iroff3 >= 20; }
+};
+
 // The error estimate shared by every Kronrod-type rule: the raw difference is scaled by
 // (200 err / resasc)^1.5, which is pessimistic for slowly converging rules and sharp for
 // fast ones, and never drops below the rounding level 50 eps resabs.

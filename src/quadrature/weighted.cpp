@@ -436,7 +436,8 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
     Epsilon<T> eps;
     T errmax = r.abserr, area = r.result, errsum = r.abserr, abserr = oflow, result = r.result;
     T erlarg = 0, ertest = 0, correc = 0;
-    int maxerr = 0, nrmax = 1, ierro = 0, iroff1 = 0, iroff2 = 0, iroff3 = 0, ktmin = 0, numrl2 = 0;
+    int maxerr = 0, nrmax = 1, ierro = 0, ktmin = 0, numrl2 = 0;
+    Roundoff<T> ro;
     bool extrap = false, noext = false, extall = false;
     T small = std::abs(b - a) * T(0.75);
     if (T(0.5) * std::abs(b - a) * domega > T(2)) {
@@ -459,18 +460,12 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
         const T area12 = r1.result + r2.result, erro12 = r1.abserr + r2.abserr;
         errsum = errsum + erro12 - errmax;
         area = area + area12 - w.rlist[maxerr];
-        if (r1.resasc != r1.abserr && r2.resasc != r2.abserr) {
-            if (std::abs(w.rlist[maxerr] - area12) <= T(1e-5) * std::abs(area12) && erro12 >= T(0.99) * errmax) {
-                if (extrap) ++iroff2;
-                else ++iroff1;
-            }
-            if (last > 10 && erro12 > errmax) ++iroff3;
-        }
+        ro.count(r1, r2, w.rlist[maxerr], area12, erro12, errmax, last, extrap);
         w.level[maxerr] = nrmom;
         w.level[last - 1] = nrmom;
         errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
-        if (iroff1 + iroff2 >= 10 || iroff3 >= 20) ier = roundoff;
-        if (iroff2 >= 5) ierro = 3;
+        if (ro.too_many()) ier = roundoff;
+        if (ro.iroff2 >= 5) ierro = 3;
         if (last == w.limit) ier = limit_reached;
         if (too_small(a1, a2, b2)) ier = extrapolation_roundoff;
         out.bad_a = a1;
