@@ -41,7 +41,7 @@ for name in "${targets[@]}"; do
     fi
     objs+=("$obj")
   done
-  clang++ "${flags[@]}" -fsanitize=fuzzer "fuzz/${name}_fuzz.cpp" "${objs[@]}" -lpthread -lm -o "$bin"
+  clang++ "${flags[@]}" -fsanitize=fuzzer "fuzz/${name}_fuzz.cpp" "${objs[@]}" -lgomp -lpthread -lm -o "$bin"
   corpus="$build/corpus/$name"
   mkdir -p "$corpus"
   seeds=()
