@@ -8,15 +8,19 @@
 
 #include "frame/frame.hpp"
 #include "qnummath.h"
+#include "special/dd.hpp"
 
 namespace qnum::special {
 
-// Working precision: float routines carry their intermediates in double, double routines in
-// long double, and sum their series with the coefficients held in that precision, so that the
-// result is rounded essentially once, at the end. Branch points, limits and term counts (found
-// on the table rounded to T) stay those of the routine's own precision T.
+// Working precision: float routines carry their intermediates in double; the error, gamma and
+// beta families in double carry theirs in double with the decisive steps in double-double (Val),
+// the incomplete functions and erfe in long double (Wide). Either way the result is rounded
+// essentially once, at the end. Branch points, limits and term counts (found on the table
+// rounded to T) stay those of the routine's own precision T.
 template <class T>
 using Wide = std::conditional_t<std::is_same_v<T, float>, double, long double>;
+template <class T>
+using Val = std::conditional_t<std::is_same_v<T, float>, double, DD>;
 
 // Machine constants of precision T.
 template <class T>
@@ -40,6 +44,14 @@ constexpr std::array<T, N> convert(const long double (&a)[N]) {
     return r;
 }
 
+// The low parts a - double(a) of a table, for the double-double steps of a series.
+template <std::size_t N>
+constexpr std::array<double, N> low_parts(const long double (&a)[N]) {
+    std::array<double, N> r{};
+    for (std::size_t i = 0; i < N; ++i) r[i] = static_cast<double>(a[i] - static_cast<double>(a[i]));
+    return r;
+}
+
 // Raises under a level of its own named `name`, or at the current level when `name` is null.
 template <class... Slots>
 void raise_at(const char* name, frame::Type type, int code, Slots... slots) {
@@ -55,6 +67,22 @@ int inits(const C* cs, int n, float eta, const char* name);
 // The n-term series at x by Clenshaw's recurrence, first coefficient halved.
 template <class W, class C>
 W csevl(W x, const C* cs, int n, const char* name);
+// The argument checks of csevl: false (after TERMINAL 9001 or 9002) when the series cannot be
+// summed; WARNING 9003 for x outside [-1.1, 1.1].
+template <class W>
+bool csevl_checks(W x, int n, const char* name);
+// The n-term series at t in the working precision of T: csevl in double for float, the
+// double-double series (its first two coefficients completed by `lo`) for double.
+template <class T, std::size_t N>
+Val<T> cheb(Val<T> t, const std::array<double, N>& hi, const std::array<double, N>& lo, int n, const char* name) {
+    if constexpr (std::is_same_v<T, float>) {
+        (void)lo;
+        return csevl<double>(t, hi.data(), n, name);
+    } else {
+        if (!csevl_checks(t.hi, n, name)) return Mach<double>::nan();
+        return series(t, hi.data(), lo.data(), n);
+    }
+}
 // Name of the term-count routine of a table precision.
 template <class C>
 constexpr const char* inits_name() { return std::is_same_v<C, float> ? "qnum_inits" : "qnum_initds"; }
