@@ -49,16 +49,20 @@ DD exp(DD a) {
     const int ki = static_cast<int>(k);
     // a - k ln2/64: the first difference is exact (k c1 exact and close to a.hi).
     const double r = ((a.hi - k * ln2_64_hi) - k * ln2_64_lo) + a.lo;
-    // exp(r) - 1 through r^6/720: |r| <= 0.0055 leaves a remainder below 2^-64.
-    const double p = r * (1 + r * (0.5 + r * (1.0 / 6 + r * (1.0 / 24 + r * (1.0 / 120 + r * (1.0 / 720))))));
+    // exp(r) - 1 through r^6/720 (|r| <= 0.0055 leaves a remainder below 2^-64), in pairs of
+    // terms so that the powers of r are formed side by side.
+    const double r2 = r * r;
+    const double p = r + r2 * ((0.5 + r * (1.0 / 6)) + r2 * ((1.0 / 24 + r * (1.0 / 120)) + r2 * (1.0 / 720)));
     const int j = ki & 63, m = (ki - j) / 64;
     const double th = exp2_table.hi[j], tl = exp2_table.lo[j];
     DD e = dd::quick_two_sum(th, th * p + tl * (1 + p));
-    if (m >= -1022) {
-        const double s = pow2(m);
-        return {e.hi * s, e.lo * s};
+    if (m >= -1022 && m <= 1023) {
+        const double sc = pow2(m);
+        return {e.hi * sc, e.lo * sc};
     }
-    const double s1 = pow2(m + 600), s2 = pow2(-600);
+    // Scaled in two steps at the ends of the range.
+    const int half = m > 0 ? 600 : -600;
+    const double s1 = pow2(m - half), s2 = pow2(half);
     return {e.hi * s1 * s2, e.lo * s1 * s2};
 }
 

@@ -87,6 +87,14 @@ inline DD operator*(DD a, double b) {
     return dd::quick_two_sum(p.hi, p.lo + a.lo * b);
 }
 inline DD operator*(double a, DD b) { return b * a; }
+namespace dd {
+// a b with the low parts summed but not renormalised: in a running product the next factor
+// then waits only for the multiplication of the high parts.
+inline DD lazy_product(DD a, DD b) {
+    const DD p = two_prod(a.hi, b.hi);
+    return {p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi)};
+}
+}  // namespace dd
 
 inline DD operator/(DD a, DD b) {
     const double q = a.hi / b.hi;
@@ -120,6 +128,10 @@ inline constexpr DD ln2_dd{0.6931471805599453, 2.3190468138462996e-17};
 inline DD fabs(DD a) { return a.hi < 0 || (a.hi == 0 && a.lo < 0) ? -a : a; }
 inline bool signbit(DD a) { return std::signbit(a.hi); }
 
+inline double fabs(double a) { return std::fabs(a); }
+inline long double fabs(long double a) { return std::fabs(a); }
+inline long double exp(long double a) { return std::exp(a); }
+inline long double log(long double a) { return std::log(a); }
 inline double exp(double a) { return std::exp(a); }
 inline double log(double a) { return std::log(a); }
 // exp(a) to about 2^-62 relative, by a = k ln2/64 + r, |r| <= ln2/128, and 2^(j/64) from a table.

@@ -18,8 +18,6 @@ template <class T> constexpr auto erfinv2 = convert<T>(table::erfinv2);
 constexpr auto erfcs_lo = low_parts(table::erfcs);
 constexpr auto erc2cs_lo = low_parts(table::erc2cs);
 constexpr auto erfccs_lo = low_parts(table::erfccs);
-constexpr auto erfinv1_lo = low_parts(table::erfinv1);
-constexpr auto erfinv2_lo = low_parts(table::erfinv2);
 
 constexpr long double sqrtpi = 1.772453850905516027298167483341145182798L;
 
@@ -86,8 +84,8 @@ T eta() { return T(0.1) * Mach<T>::small_spacing(); }
 // erfc(y) exp(y^2) y - 0.5 for y > 1 from the two tail series (y^2 <= 4 or beyond), s = y^2.
 template <class T>
 Val<T> tail(Val<T> s, const int* c) {
-    if (s <= 4) return cheb<T>((8 / s - 5) / 3, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
-    return cheb<T>(8 / s - 1, erfccs<double>, erfccs_lo, c[2], csevl_name<T>());
+    if (s <= 4) return cheb<T>((8 / s - 5) / 3, table::erc2cs, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
+    return cheb<T>(8 / s - 1, table::erfccs, erfccs<double>, erfccs_lo, c[2], csevl_name<T>());
 }
 
 // y^2: exact in double-double, and in double for the float routines.
@@ -100,7 +98,7 @@ Val<T> square(double y) { return square(y, Val<T>()); }
 template <class T>
 Val<T> erf_series(double x, int count) {
     const Val<T> s = square<T>(x);
-    return Val<T>(x) + cheb<T>(2 * s - 1, erfcs<double>, erfcs_lo, count, csevl_name<T>()) * x;
+    return Val<T>(x) + cheb<T>(2 * s - 1, table::erfcs, erfcs<double>, erfcs_lo, count, csevl_name<T>()) * x;
 }
 
 template <class T>
@@ -154,13 +152,17 @@ int inverse_count(int which) {
     return which == 1 ? n1 : n2;
 }
 
-// x (1 + series) of the two inverse tables: t = 32 x^2/9 - 1 (first), (512 x^2 - 369)/81 (second).
+// x (1 + series) of the two inverse tables: t = 32 x^2/9 - 1 (first), (512 x^2 - 369)/81 (second),
+// in double for both precisions: the series is at most half of the result, so its rounding
+// moves the result by a fraction of a unit. t is rounded once, from the exact square where
+// 512 x^2 - 369 cancels: the series moves by at most a sixth of an error in t.
 template <class T>
-Val<T> inverse_series(double x, int which) {
-    const Val<T> s = square<T>(x);
-    if (which == 1)
-        return Val<T>(x) + cheb<T>(32 * s / 9 - 1, erfinv1<double>, erfinv1_lo, inverse_count<T>(1), csevl_name<T>()) * x;
-    return Val<T>(x) + cheb<T>((512 * s - 369) / 81, erfinv2<double>, erfinv2_lo, inverse_count<T>(2), csevl_name<T>()) * x;
+double inverse_series(double x, int which) {
+    const DD s = dd::two_prod(x, x);
+    const double t = which == 1 ? s.hi * (32.0 / 9) - 1 : ((512 * s.hi - 369) + 512 * s.lo) / 81;
+    const double c = which == 1 ? csevl<double>(t, erfinv1<double>.data(), inverse_count<T>(1), csevl_name<T>())
+                                : csevl<double>(t, erfinv2<double>.data(), inverse_count<T>(2), csevl_name<T>());
+    return x + x * c;
 }
 
 // The root r of erfc(r) = x for 0 < x < 2 and |1 - x| >= 0.75, by Newton's method on
@@ -236,9 +238,9 @@ T erfc_inverse(T x) {
                      frame::Real{double(bound)});
     const DD y = dd::two_sum(1, -double(x));  // 1 - x exactly
     if (std::fabs(y.hi) < 0.75) {
-        Val<T> r = inverse_series<T>(y.hi, 1);
+        double r = inverse_series<T>(y.hi, 1);
         // The part of 1 - x below the last place of y.hi moves the root by y.lo sqrt(pi)/2 exp(r^2).
-        if (y.lo != 0) r = r + y.lo * 0.886226925452758 * std::exp(double(r) * double(r));
+        if (y.lo != 0) r += y.lo * 0.886226925452758 * std::exp(r * r);
         return static_cast<T>(r);
     }
     return static_cast<T>(erfc_inverse_tail<T>(x));
@@ -256,8 +258,8 @@ T erf_inverse(T x) {
     if (ax <= 0.75) {
         // Below sqrt(eps) the series is taken at s = 0.
         if (ax <= std::sqrt(double(Mach<T>::small_spacing())))
-            return static_cast<T>(Val<T>(x) + cheb<T>(-1.0, erfinv1<double>, erfinv1_lo, inverse_count<T>(1),
-                                                    csevl_name<T>()) * double(x));
+            return static_cast<T>(double(x) + double(x) * csevl<double>(-1.0, erfinv1<double>.data(),
+                                                                        inverse_count<T>(1), csevl_name<T>()));
         return static_cast<T>(inverse_series<T>(x, 1));
     }
     if (ax <= 0.9375) return static_cast<T>(inverse_series<T>(x, 2));

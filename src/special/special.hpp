@@ -71,19 +71,21 @@ W csevl(W x, const C* cs, int n, const char* name);
 // summed; WARNING 9003 for x outside [-1.1, 1.1].
 template <class W>
 bool csevl_checks(W x, int n, const char* name);
-// The n-term series at t in the working precision of T: csevl in double for float, the
-// double-double series (its first two coefficients completed by `lo`) for double.
-template <class T, std::size_t N>
-Val<T> cheb(Val<T> t, const std::array<double, N>& hi, const std::array<double, N>& lo, int n, const char* name) {
-    if constexpr (std::is_same_v<T, float>) {
-        (void)lo;
-        return csevl<double>(t, hi.data(), n, name);
-    } else {
+// The n-term series of a table at t in the working precision V: csevl in double or long double
+// on the table in that precision, or the double-double series (the double table `hi`, its first
+// two coefficients completed by `lo`).
+template <class T, class V, std::size_t N>
+V cheb(V t, const long double (&wide)[N], const std::array<double, N>& hi, const std::array<double, N>& lo, int n,
+       const char* name) {
+    if constexpr (std::is_same_v<V, DD>) {
         if (!csevl_checks(t.hi, n, name)) return Mach<double>::nan();
         return series(t, hi.data(), lo.data(), n);
+    } else if constexpr (std::is_same_v<V, double>) {
+        return csevl<double>(t, hi.data(), n, name);
+    } else {
+        return csevl<long double>(t, wide, n, name);
     }
 }
-// Name of the term-count routine of a table precision.
 template <class C>
 constexpr const char* inits_name() { return std::is_same_v<C, float> ? "qnum_inits" : "qnum_initds"; }
 template <class C>
@@ -100,16 +102,15 @@ template <class T> std::complex<T> erfe(std::complex<T> z);
 
 // ---- gamma and beta (gamma.cpp) ----
 // The log-gamma correction for x >= 10; errors under the level `name` (null: the current one).
-template <class T> Wide<T> r9lgmc(Wide<T> x, const char* name);
+template <class T, class V> V r9lgmc(V x, const char* name);
 template <class T> T gamma(T x);
-template <class T> Wide<T> gamma_wide(Wide<T> x);
 template <class T> T log_gamma(T x);
 template <class T> Wide<T> log_gamma_wide(Wide<T> x);
 template <class T> T beta(T a, T b);
 template <class T> T log_beta(T a, T b);
 template <class T> Wide<T> log_beta_wide(Wide<T> a, Wide<T> b);
 // log(1 + t), accurate for small t (t > -1).
-template <class T> Wide<T> alnrel(Wide<T> t);
+template <class T, class V> V alnrel(V t);
 
 // ---- incomplete functions (incomplete.cpp) ----
 template <class T> T gamma_incomplete(T a, T x);
