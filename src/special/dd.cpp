@@ -117,12 +117,15 @@ DD series(DD t, const double* hi, const double* lo, int n) {
             b1 = next1;
         }
     }
-    const DD half_c1(0.5 * hi[0], 0.5 * lo[0]);
-    if (n == 1) return half_c1;
-    // b1 = b_3, b2 = b_4. The last two steps, which carry the two largest coefficients, in
-    // double-double: b_2 = c_2 + 2t b_3 - b_4, result c_1/2 + t b_2 - b_3.
-    const DD b_2 = DD(hi[1], lo[1]) + (u1 * b1 - b2);
-    return (half_c1 + b_2 * t.hi - b1) + t.lo * b_2.hi;
+    if (n == 1) return DD(0.5 * hi[0], 0.5 * lo[0]);
+    // b1 = b_3, b2 = b_4. The last two steps, which carry the two largest coefficients, keep
+    // their rounding errors: b_2 = c_2 + 2t b_3 - b_4, result c_1/2 + t b_2 - b_3, renormalised once.
+    const DD b_2 = dd::two_sum(hi[1], u1 * b1 - b2);
+    const DD p = dd::two_prod(t.hi, b_2.hi);
+    const DD s1 = dd::two_sum(0.5 * hi[0], p.hi);
+    const DD s2 = dd::two_sum(s1.hi, -b1);
+    const double rest = ((s1.lo + s2.lo) + (p.lo + 0.5 * lo[0])) + (t.hi * (b_2.lo + lo[1]) + t.lo * b_2.hi);
+    return dd::quick_two_sum(s2.hi, rest);
 }
 
 }  // namespace qnum::special

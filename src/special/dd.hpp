@@ -96,11 +96,13 @@ inline DD lazy_product(DD a, DD b) {
 }
 }  // namespace dd
 
+// a/b: the rounded quotient q and the exact remainder a - q b (a.hi - q b.hi to the last bit),
+// divided once more.
 inline DD operator/(DD a, DD b) {
     const double q = a.hi / b.hi;
     if (!std::isfinite(q) || q == 0) return {q, 0};
-    const DD r = a - b * q;
-    return dd::quick_two_sum(q, r.hi / b.hi);
+    const DD p = dd::two_prod(q, b.hi);
+    return dd::quick_two_sum(q, ((((a.hi - p.hi) - p.lo) + a.lo) - q * b.lo) / b.hi);
 }
 inline DD operator/(DD a, double b) { return a / DD(b); }
 inline DD operator/(double a, DD b) { return DD(a) / b; }

@@ -84,8 +84,24 @@ T eta() { return T(0.1) * Mach<T>::small_spacing(); }
 // erfc(y) exp(y^2) y - 0.5 for y > 1 from the two tail series (y^2 <= 4 or beyond), s = y^2.
 template <class T>
 Val<T> tail(Val<T> s, const int* c) {
-    if (s <= 4) return cheb<T>((8 / s - 5) / 3, table::erc2cs, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
-    return cheb<T>(8 / s - 1, table::erfccs, erfccs<double>, erfccs_lo, c[2], csevl_name<T>());
+    if constexpr (std::is_same_v<T, float>) {
+        if (s <= 4) return csevl<double>((8 / s - 5) / 3, erc2cs<double>.data(), c[3], csevl_name<T>());
+        return csevl<double>(8 / s - 1, erfccs<double>.data(), c[2], csevl_name<T>());
+    } else {
+        // t rounded, and the rest of 8/s (its division remainder and s.lo) carried as t.lo.
+        const double u = 8 / s.hi;
+        const DD us = dd::two_prod(u, s.hi);
+        const double ulo = (((8 - us.hi) - us.lo) - u * s.lo) / s.hi;
+        if (s.hi <= 4) {
+            const DD v = dd::two_sum(u, -5);
+            const double th = v.hi / 3;
+            const DD t3 = dd::two_prod(th, 3);
+            const DD t(th, (((v.hi - t3.hi) - t3.lo) + (v.lo + ulo)) / 3);
+            return cheb<T>(t, table::erc2cs, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
+        }
+        const DD v = dd::two_sum(u, -1);
+        return cheb<T>(DD(v.hi, v.lo + ulo), table::erfccs, erfccs<double>, erfccs_lo, c[2], csevl_name<T>());
+    }
 }
 
 // y^2: exact in double-double, and in double for the float routines.
