@@ -74,7 +74,6 @@ inline DD operator+(DD a, double b) {
 inline DD operator+(double a, DD b) { return b + a; }
 inline DD operator-(DD a, DD b) { return a + (-b); }
 inline DD operator-(DD a, double b) { return a + (-b); }
-inline DD operator-(double a, DD b) { return (-b) + a; }
 
 inline DD operator*(DD a, DD b) {
     const DD p = dd::two_prod(a.hi, b.hi);
@@ -104,31 +103,17 @@ inline DD operator/(DD a, DD b) {
     const DD p = dd::two_prod(q, b.hi);
     return dd::quick_two_sum(q, ((((a.hi - p.hi) - p.lo) + a.lo) - q * b.lo) / b.hi);
 }
-inline DD operator/(DD a, double b) { return a / DD(b); }
-inline DD operator/(double a, DD b) { return DD(a) / b; }
 
-inline DD& operator+=(DD& a, DD b) { return a = a + b; }
-inline DD& operator-=(DD& a, DD b) { return a = a - b; }
-inline DD& operator*=(DD& a, DD b) { return a = a * b; }
-inline DD& operator/=(DD& a, DD b) { return a = a / b; }
-
+// Comparisons (a double on either side converts exactly); false when either side is NaN.
 inline bool operator<(DD a, DD b) { return a.hi < b.hi || (a.hi == b.hi && a.lo < b.lo); }
 inline bool operator>(DD a, DD b) { return b < a; }
 inline bool operator<=(DD a, DD b) { return a.hi < b.hi || (a.hi == b.hi && a.lo <= b.lo); }
-inline bool operator>=(DD a, DD b) { return b <= a; }
 inline bool operator==(DD a, DD b) { return a.hi == b.hi && a.lo == b.lo; }
-inline bool operator!=(DD a, DD b) { return !(a == b); }
-template <class A> bool operator<(DD a, A b) { return a < DD(double(b)); }
-template <class A> bool operator>(DD a, A b) { return a > DD(double(b)); }
-template <class A> bool operator<=(DD a, A b) { return a <= DD(double(b)); }
-template <class A> bool operator>=(DD a, A b) { return a >= DD(double(b)); }
-template <class A> bool operator==(DD a, A b) { return a == DD(double(b)); }
 
 // log 2 in double-double.
 inline constexpr DD ln2_dd{0.6931471805599453, 2.3190468138462996e-17};
 
 inline DD fabs(DD a) { return a.hi < 0 || (a.hi == 0 && a.lo < 0) ? -a : a; }
-inline bool signbit(DD a) { return std::signbit(a.hi); }
 
 inline double fabs(double a) { return std::fabs(a); }
 inline long double fabs(long double a) { return std::fabs(a); }
