@@ -105,17 +105,15 @@ DD series(DD t, const double* hi, const double* lo, int n) {
         b1 = b0;
         --k;
     }
-    if (k > 2) {
-        // Four steps at a time: b_{k-j} = sum_i U_{j-i}(t) c_{k-i} + U_{j+1} b_{k+1} - U_j b_{k+2},
-        // U the Chebyshev polynomials of the second kind; the coefficient sums do not wait for b.
-        const double u2 = u1 * u1 - 1, u3 = u1 * u2 - u1, u4 = u1 * u3 - u2;
-        for (; k > 2; k -= 4) {
-            const double c0 = hi[k - 1], c1 = hi[k - 2], c2 = hi[k - 3], c3 = hi[k - 4];
-            const double next2 = (c2 + u1 * c1 + u2 * c0) + (u3 * b1 - u2 * b2);
-            const double next1 = (c3 + u1 * c2 + u2 * c1 + u3 * c0) + (u4 * b1 - u3 * b2);
-            b2 = next2;
-            b1 = next1;
-        }
+    // Four steps at a time: b_{k-j} = sum_i U_{j-i}(t) c_{k-i} + U_{j+1} b_{k+1} - U_j b_{k+2},
+    // U the Chebyshev polynomials of the second kind; the coefficient sums do not wait for b.
+    const double u2 = u1 * u1 - 1, u3 = u1 * u2 - u1, u4 = u1 * u3 - u2;
+    for (; k > 2; k -= 4) {
+        const double c0 = hi[k - 1], c1 = hi[k - 2], c2 = hi[k - 3], c3 = hi[k - 4];
+        const double next2 = (c2 + u1 * c1 + u2 * c0) + (u3 * b1 - u2 * b2);
+        const double next1 = (c3 + u1 * c2 + u2 * c1 + u3 * c0) + (u4 * b1 - u3 * b2);
+        b2 = next2;
+        b1 = next1;
     }
     if (n == 1) return DD(0.5 * hi[0], 0.5 * lo[0]);
     // b1 = b_3, b2 = b_4. The last two steps, which carry the two largest coefficients, keep
