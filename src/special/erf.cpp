@@ -113,8 +113,17 @@ Val<T> square(double y) { return square(y, Val<T>()); }
 // 1 - erfc(x) = erf(x) for sqeps < |x| <= 1: x (1 + series), summed as x + x series.
 template <class T>
 Val<T> erf_series(double x, int count) {
-    const Val<T> s = square<T>(x);
-    return Val<T>(x) + cheb<T>(2 * s - 1, table::erfcs, erfcs<double>, erfcs_lo, count, csevl_name<T>()) * x;
+    if constexpr (std::is_same_v<T, float>) {
+        return x + x * csevl<double>(2 * x * x - 1, erfcs<double>.data(), count, csevl_name<T>());
+    } else {
+        // 2 s.hi - 1 is exact where it matters (s >= 1/4); its rounding below goes with t.lo.
+        const DD s = dd::two_prod(x, x);
+        const DD t = dd::two_sum(2 * s.hi, -1);
+        const DD c = cheb<T>(DD(t.hi, t.lo + 2 * s.lo), table::erfcs, erfcs<double>, erfcs_lo, count, csevl_name<T>());
+        const DD p = dd::two_prod(x, c.hi);
+        const DD r = dd::two_sum(x, p.hi);
+        return dd::quick_two_sum(r.hi, r.lo + (p.lo + x * c.lo));
+    }
 }
 
 template <class T>
