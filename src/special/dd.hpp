@@ -121,11 +121,12 @@ inline long double exp(long double a) { return std::exp(a); }
 inline long double log(long double a) { return std::log(a); }
 inline double exp(double a) { return std::exp(a); }
 inline double log(double a) { return std::log(a); }
-// exp(a) to about 2^-62 relative, by a = k ln2/64 + r, |r| <= ln2/128, and 2^(j/64) from a table.
+// exp(a) to about 2^-60 relative, by a = k ln2/64 + r, |r| <= ln2/128, and 2^(j/64) from a table.
 DD exp(DD a);
-// log(a), a > 0, to about 2^-62 relative: the rounded logarithm corrected by one Newton step.
+// log(a), a > 0, with an error below 2^-60 max(1, |log a|): the rounded logarithm corrected by
+// one Newton step.
 DD log(DD a);
-// log(a) for a double a > 0 with an absolute error below 2^-54: k log 2 in double-double plus
+// log(a) for a double a > 0 with an error below 2^-54 max(1, |log a|): k log 2 in double-double plus
 // log1p of a mantissa in [0.75, 1.5). Cheaper than log(DD) where that suffices.
 DD log_fast(double a);
 

@@ -91,17 +91,27 @@ Val<T> tail(Val<T> s, const int* c) {
         // t rounded, and the rest of 8/s (its division remainder and s.lo) carried as t.lo.
         const double u = 8 / s.hi;
         const DD us = dd::two_prod(u, s.hi);
-        const double ulo = (((8 - us.hi) - us.lo) - u * s.lo) / s.hi;
+        // (Multiplications by u/8 and 1/3 in place of divisions: only the high parts need to be
+        // the rounded quotients, and the low parts carry the exact remainders.)
+        const double ulo = (((8 - us.hi) - us.lo) - u * s.lo) * (u * 0.125);
         if (s.hi <= 4) {
             const DD v = dd::two_sum(u, -5);
-            const double th = v.hi / 3;
+            const double th = v.hi * (1.0 / 3);
             const DD t3 = dd::two_prod(th, 3);
-            const DD t(th, (((v.hi - t3.hi) - t3.lo) + (v.lo + ulo)) / 3);
+            const DD t(th, (((v.hi - t3.hi) - t3.lo) + (v.lo + ulo)) * (1.0 / 3));
             return cheb<T>(t, table::erc2cs, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
         }
         const DD v = dd::two_sum(u, -1);
         return cheb<T>(DD(v.hi, v.lo + ulo), table::erfccs, erfccs<double>, erfccs_lo, c[2], csevl_name<T>());
     }
+}
+
+// a/y given 1/y: for double-double the quotient a.hi (1/y) and the exact remainder of it.
+inline double over(double a, double y, double) { return a / y; }
+inline DD over(DD a, double y, double inv_y) {
+    const double q = a.hi * inv_y;
+    const DD qy = dd::two_prod(q, y);
+    return dd::quick_two_sum(q, (((a.hi - qy.hi) - qy.lo) + a.lo) * inv_y);
 }
 
 // y^2: exact in double-double, and in double for the float routines.
@@ -152,8 +162,9 @@ Val<T> erfc_body(double x) {
         return 1 - erf_series<T>(x, c[1]);
     }
     // exp(-y^2) of the exact square: the rounding of y^2 would be magnified by up to 2 y^2.
+    const double inv_y = 1 / y;  // ahead of the series, which has time to spare for it
     const Val<T> s = square<T>(y);
-    const Val<T> f = (0.5 + tail<T>(s, c)) / y;
+    const Val<T> f = over(0.5 + tail<T>(s, c), y, inv_y);
     if constexpr (std::is_same_v<T, double>) {
         // Near underflow the low parts of the product would fall below the smallest spacing:
         // it is formed 2^200 higher and scaled back once rounded.

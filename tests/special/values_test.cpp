@@ -1,8 +1,10 @@
 // Chebyshev machinery and the identities and exact values of the special functions.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "qnum_test.hpp"
 #include "qnummath.h"
@@ -76,6 +78,38 @@ TEST(Chebyshev, ClenshawSumsTheSeries) {
     }
     EXPECT_EQ(qnum_dcsevl(0.5, cs, 1), 1.0);
     EXPECT_EQ(qnum_n1rty(1), 0);
+}
+
+// The double-double exponential and logarithms of the double routines against the 64-bit ones of
+// the C library, over their ranges (the exponential's ends are scaled in two steps). Bounds:
+// 2^-60 relative (exp), 2^-60 and 2^-54 absolute (log, the fast log; relative beyond 1, where the
+// references themselves hold no more); at the bottom of exp's range
+// the low part is subnormal and only the rounded value is held to 2^-52.
+TEST(DoubleDouble, ExpAndLogAgainstLongDouble) {
+    using special::DD;
+    struct Row {
+        double a;
+        long double got, want, tol;  // tol absolute
+    };
+    auto exp_row = [](double a) {
+        const DD e = special::exp(DD(a));
+        const long double want = std::exp(static_cast<long double>(a));
+        return Row{a, static_cast<long double>(e.hi) + e.lo, want, 0x1p-60L * want};
+    };
+    auto log_row = [](double a, bool fast) {
+        const DD l = fast ? special::log_fast(a) : special::log(DD(a));
+        const long double want = std::log(static_cast<long double>(a));
+        return Row{a, static_cast<long double>(l.hi) + l.lo, want, (fast ? 0x1p-54L : 0x1p-60L) * std::max(1.0L, std::fabs(want))};
+    };
+    std::vector<Row> rows;
+    for (double a : {-700.25, -1.0, -1e-3, 0.0, 2.5e-3, 1.0, 300.7, 709.5, 709.78}) rows.push_back(exp_row(a));
+    for (double a : {1e-300, 0.3, 0.75, 0.999999, 1.0000001, 1.5, 10.0, 123.456, 1e300}) {
+        rows.push_back(log_row(a, false));
+        rows.push_back(log_row(a, true));
+    }
+    for (const Row& r : rows) EXPECT_LE(std::fabs(r.got - r.want), r.tol) << r.a;
+    const DD low = special::exp(DD(-708.5));
+    EXPECT_NEAR(low.hi + low.lo, double(std::exp(-708.5L)), 0x1p-52 * 3.3e-308);
 }
 
 template <class T>
