@@ -201,6 +201,15 @@ double inverse_series(double x, int which) {
     return x + x * c;
 }
 
+// t exp(r^2) of the Newton step, with exp taken 2^600 lower where t is so small that exp(r^2)
+// alone would overflow.
+template <class T>
+double t_times_exp_square(double t, double r) {
+    const Val<T> s = square<T>(r);
+    if (t > 1e-200) return t * double(exp(s));
+    return (t * 0x1p600) * double(exp(s - 600 * ln2_dd));
+}
+
 // The root r of erfc(r) = x for 0 < x < 2 and |1 - x| >= 0.75, by Newton's method on
 // exp(r^2) erfc(r), from the leading term of the asymptotic expansion
 // erfc(r) ~ exp(-r^2)/(r sqrt(pi)) (Abramowitz and Stegun 7.1.23) solved for r.
@@ -216,7 +225,7 @@ double erfc_inverse_tail(double x) {
     W r = std::sqrt(l - W(0.5) * std::log(W(3.14159265358979323846264338327950288L) * l));
     const W tol = 10 * W(Mach<T>::large_spacing());
     for (int step = 0; step < 100; ++step) {
-        const W delta = (erfc_scaled<T>(r, c) - t * double(exp(square<T>(r)))) * W(0.886226925452758013649083741671L);
+        const W delta = (erfc_scaled<T>(r, c) - t_times_exp_square<T>(t, r)) * W(0.886226925452758013649083741671L);
         r += delta;
         if (std::fabs(delta) < r * tol) return std::copysign(r, y);
     }
@@ -255,7 +264,10 @@ T erf(T x) {
     }
     if (y > k.sqeps) return static_cast<T>(erf_series<T>(x, c[0]));
     // 2x/sqrt(pi) with the cubic term of its series, which still shows in the last bit here.
+    // (Where the result is subnormal its low part is lost, and the one rounding of x times the
+    // rounded constant is the closer; the sign of a zero stays that of x.)
     const double w = x;
+    if (std::fabs(w) < 1e-290) return static_cast<T>(w * double(Val<T>(two_over_sqrtpi<T>())));
     const Val<T> lead = Val<T>(w) * Val<T>(two_over_sqrtpi<T>());
     return static_cast<T>(lead - double(lead) * (w * w / 3));
 }

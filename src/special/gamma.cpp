@@ -237,6 +237,9 @@ V log_gamma_body(V x, bool fast_log) {
             // The rounded logarithm of g.hi is within a unit of the result's last place; the low
             // part moves it by g.lo/g.hi. Where a last-place accuracy of log(g) is asked for
             // (the incomplete functions), the working precision is long double.
+            // gamma overflows only where |x| < 1/huge (negative x; the positive ones fail first),
+            // and there log|gamma(x)| = -log|x| to the last bit.
+            if (std::isinf(g.hi)) return -log(fabs(x));
             if (fast_log) return std::log(g.hi) + g.lo / g.hi;
         }
         return log(g);
@@ -275,7 +278,7 @@ V log_beta_body(V a, V b) {
         return Mach<T>::nan();
     }
     const V p = std::min(a, b), q = std::max(a, b);
-    if (q < 10) return log(gamma_call<T, V>(p) * gamma_call<T, V>(q) / gamma_call<T, V>(p + q));
+    if (q < 10) return log(gamma_call<T, V>(q) / gamma_call<T, V>(p + q) * gamma_call<T, V>(p));
     const V t = -p / (p + q);
     if (p < 10) {
         const V corr = r9lgmc<T, V>(q, corr_name<T>()) - r9lgmc<T, V>(p + q, corr_name<T>());

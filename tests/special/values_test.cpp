@@ -143,6 +143,7 @@ TYPED_TEST(Values, ErrorFunctionEdges) {
     }
     EXPECT_EQ(F::erf_inverse(T(0)), T(0));
     EXPECT_EQ(F::erfc_inverse(T(1)), T(0));
+    EXPECT_TRUE(std::signbit(F::erf(T(-0.0))));
     EXPECT_EQ(qnum_n1rty(1), 0);
 }
 
@@ -164,6 +165,12 @@ TYPED_TEST(Values, GammaAtTheIntegersAndHalfIntegers) {
     EXPECT_NEAR(F::log_gamma(T(1)), T(0), 2 * eps);
     EXPECT_NEAR(F::log_gamma(T(2)), T(0), 2 * eps);
     EXPECT_NEAR(F::log_gamma(T(11)), std::log(T(3628800)), 2 * eps * 16);
+    if constexpr (std::is_same_v<T, double>) {
+        // Subnormal arguments, where double intermediates would overflow (mpmath, 50 digits).
+        EXPECT_NEAR(F::log_gamma(-1e-310), 713.8013788281541651, 2 * 713.8 * eps);
+        EXPECT_NEAR(F::log_beta(1e-300, 1e-17), 690.77552789821370518, 4 * 690.8 * eps);
+        EXPECT_NEAR(F::erfc_inverse(1e-310), 26.644806559364764782, 2 * 26.6 * eps);
+    }
     EXPECT_EQ(qnum_n1rty(1), 0);
 }
 
