@@ -1306,7 +1306,9 @@ QNUM_API double* qnum_d_linear_programming(const Qnum_d_mps* problem, ...);
 
 /* Every routine of this section takes its arguments by value and returns the function value;
  * none takes options. A routine that fails returns NaN (a documented underflow returns 0) and
- * reports through the error stack. The float routines carry their intermediates in double. */
+ * reports through the error stack. The float routines carry their intermediates in double; the
+ * double ones carry in double-double the few steps that decide their last bit (a series' last
+ * terms, exp(-x^2), the Stirling exponent, running products). */
 
 /* Chebyshev machinery. qnum_inits/qnum_initds: how many of the n coefficients cs[0..n-1] to keep
  * so that the dropped ones sum to at most eta (decided in float for both); TERMINAL 9004 when

@@ -63,13 +63,13 @@ QNUM_API double qnum_dcsevl(double x, const double cs[], int n) {
 
 QNUM_API float qnum_r9lgmc(float x) {
     return frame::call<Slot<float>>("qnum_r9lgmc", [&] {
-        return Slot<float>{static_cast<float>(special::r9lgmc<float>(x, nullptr))};
+        return Slot<float>{static_cast<float>(special::r9lgmc<float, double>(x, nullptr))};
     }).v;
 }
 
 QNUM_API double qnum_d9lgmc(double x) {
     return frame::call<Slot<double>>("qnum_d9lgmc", [&] {
-        return Slot<double>{static_cast<double>(special::r9lgmc<double>(x, nullptr))};
+        return Slot<double>{static_cast<double>(special::r9lgmc<double, long double>(x, nullptr))};
     }).v;
 }
 

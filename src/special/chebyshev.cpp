@@ -28,19 +28,24 @@ int inits(const C* cs, int n, float eta, const char* name) {
     return i;
 }
 
-template <class W, class C>
-W csevl(W x, const C* cs, int n, const char* name) {
+template <class W>
+bool csevl_checks(W x, int n, const char* name) {
     if (n < 1) {
         raise_at(name, frame::Type::Terminal, err::series_no_terms, frame::Int{n});
-        return static_cast<W>(Mach<double>::nan());
+        return false;
     }
     if (n > 1000) {
         raise_at(name, frame::Type::Terminal, err::series_too_many_terms, frame::Int{n});
-        return static_cast<W>(Mach<double>::nan());
+        return false;
     }
     if (x < W(-1.1) || x > W(1.1))
-        raise_at(name, frame::Type::Warning, err::series_argument_outside,
-                 frame::Real{static_cast<double>(x)});
+        raise_at(name, frame::Type::Warning, err::series_argument_outside, frame::Real{static_cast<double>(x)});
+    return true;
+}
+
+template <class W, class C>
+W csevl(W x, const C* cs, int n, const char* name) {
+    if (!csevl_checks(x, n, name)) return static_cast<W>(Mach<double>::nan());
     W b1 = 0, b0 = b1, b2 = b1;
     const W twox = 2 * x;
     for (int i = n; i >= 1; --i) {
@@ -53,6 +58,7 @@ W csevl(W x, const C* cs, int n, const char* name) {
     return W(0.5) * (b0 - b2);
 }
 
+template bool csevl_checks<double>(double, int, const char*);
 template int inits<float>(const float*, int, float, const char*);
 template int inits<double>(const double*, int, float, const char*);
 template float csevl<float, float>(float, const float*, int, const char*);

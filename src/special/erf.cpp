@@ -15,6 +15,9 @@ template <class T> constexpr auto erc2cs = convert<T>(table::erc2cs);
 template <class T> constexpr auto erfccs = convert<T>(table::erfccs);
 template <class T> constexpr auto erfinv1 = convert<T>(table::erfinv1);
 template <class T> constexpr auto erfinv2 = convert<T>(table::erfinv2);
+constexpr auto erfcs_lo = low_parts(table::erfcs);
+constexpr auto erc2cs_lo = low_parts(table::erc2cs);
+constexpr auto erfccs_lo = low_parts(table::erfccs);
 
 constexpr long double sqrtpi = 1.772453850905516027298167483341145182798L;
 
@@ -68,22 +71,69 @@ const ErfLimits<T>& erf_limits() {
     return limits;
 }
 
+// 2/sqrt(pi) in the working precision.
+template <class T>
+Val<T> two_over_sqrtpi() {
+    if constexpr (std::is_same_v<T, float>) return 2 / double(sqrtpi);
+    else return DD(1.1283791670955126, 1.533545961316588e-17);
+}
+
 template <class T>
 T eta() { return T(0.1) * Mach<T>::small_spacing(); }
 
-// erfc(x) exp(x^2) x - 0.5 for x > 1 from the two tail series: (x^2 <= 4 or beyond).
+// erfc(y) exp(y^2) y - 0.5 for y > 1 from the two tail series (y^2 <= 4 or beyond), s = y^2.
 template <class T>
-Wide<T> tail(Wide<T> y, const int* c) {
-    using W = Wide<T>;
-    const W s = y * y;
-    if (s <= 4) return csevl<W>((8 / s - 5) / 3, erc2cs<W>.data(), c[3], csevl_name<T>());
-    return csevl<W>(8 / s - 1, erfccs<W>.data(), c[2], csevl_name<T>());
+Val<T> tail(Val<T> s, const int* c) {
+    if constexpr (std::is_same_v<T, float>) {
+        if (s <= 4) return csevl<double>((8 / s - 5) / 3, erc2cs<double>.data(), c[3], csevl_name<T>());
+        return csevl<double>(8 / s - 1, erfccs<double>.data(), c[2], csevl_name<T>());
+    } else {
+        // t rounded, and the rest of 8/s (its division remainder and s.lo) carried as t.lo.
+        const double u = 8 / s.hi;
+        const DD us = dd::two_prod(u, s.hi);
+        // (Multiplications by u/8 and 1/3 in place of divisions: only the high parts need to be
+        // the rounded quotients, and the low parts carry the exact remainders.)
+        const double ulo = (((8 - us.hi) - us.lo) - u * s.lo) * (u * 0.125);
+        if (s.hi <= 4) {
+            const DD v = dd::two_sum(u, -5);
+            const double th = v.hi * (1.0 / 3);
+            const DD t3 = dd::two_prod(th, 3);
+            const DD t(th, (((v.hi - t3.hi) - t3.lo) + (v.lo + ulo)) * (1.0 / 3));
+            return cheb<T>(t, table::erc2cs, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
+        }
+        const DD v = dd::two_sum(u, -1);
+        return cheb<T>(DD(v.hi, v.lo + ulo), table::erfccs, erfccs<double>, erfccs_lo, c[2], csevl_name<T>());
+    }
 }
+
+// a/y given 1/y: for double-double the quotient a.hi (1/y) and the exact remainder of it.
+inline double over(double a, double y, double) { return a / y; }
+inline DD over(DD a, double y, double inv_y) {
+    const double q = a.hi * inv_y;
+    const DD qy = dd::two_prod(q, y);
+    return dd::quick_two_sum(q, (((a.hi - qy.hi) - qy.lo) + a.lo) * inv_y);
+}
+
+// y^2: exact in double-double, and in double for the float routines.
+inline double square(double y, double) { return y * y; }
+inline DD square(double y, DD) { return dd::two_prod(y, y); }
+template <class T>
+Val<T> square(double y) { return square(y, Val<T>()); }
 
 // 1 - erfc(x) = erf(x) for sqeps < |x| <= 1: x (1 + series), summed as x + x series.
 template <class T>
-Wide<T> erf_series(Wide<T> x, int count) {
-    return x + x * csevl<Wide<T>>(2 * x * x - 1, erfcs<Wide<T>>.data(), count, csevl_name<T>());
+Val<T> erf_series(double x, int count) {
+    if constexpr (std::is_same_v<T, float>) {
+        return x + x * csevl<double>(2 * x * x - 1, erfcs<double>.data(), count, csevl_name<T>());
+    } else {
+        // 2 s.hi - 1 is exact where it matters (s >= 1/4); its rounding below goes with t.lo.
+        const DD s = dd::two_prod(x, x);
+        const DD t = dd::two_sum(2 * s.hi, -1);
+        const DD c = cheb<T>(DD(t.hi, t.lo + 2 * s.lo), table::erfcs, erfcs<double>, erfcs_lo, count, csevl_name<T>());
+        const DD p = dd::two_prod(x, c.hi);
+        const DD r = dd::two_sum(x, p.hi);
+        return dd::quick_two_sum(r.hi, r.lo + (p.lo + x * c.lo));
+    }
 }
 
 template <class T>
@@ -95,8 +145,7 @@ void fill_erfc_counts(int* c) {
 }
 
 template <class T>
-Wide<T> erfc_body(Wide<T> x) {
-    using W = Wide<T>;
+Val<T> erfc_body(double x) {
     frame::Level level("l_erfc");
     int* c = counts<T>();
     if (c == nullptr) return Mach<T>::nan();
@@ -104,26 +153,32 @@ Wide<T> erfc_body(Wide<T> x) {
     const ErfLimits<T>& k = erf_limits<T>();
     if (x <= k.xsml) return 2;
     if (x > k.xmax) {
-        frame::raise(frame::Type::Alert, err::result_underflows, frame::Real{double(x)},
-                     frame::Real{double(k.xmax)});
+        frame::raise(frame::Type::Alert, err::result_underflows, frame::Real{x}, frame::Real{double(k.xmax)});
         return 0;
     }
-    const W y = std::fabs(x);
+    const double y = std::fabs(x);
     if (y <= 1) {
-        if (y < k.sqeps) return 1 - 2 * x / W(sqrtpi);
+        if (y < k.sqeps) return 1 - 2 * x / double(sqrtpi);
         return 1 - erf_series<T>(x, c[1]);
     }
-    // exp(-y^2) in the wide precision: y^2 there carries the bits that a rounded square loses.
-    const W r = std::exp(-y * y) / y * (W(0.5) + tail<T>(y, c));
+    // exp(-y^2) of the exact square: the rounding of y^2 would be magnified by up to 2 y^2.
+    const double inv_y = 1 / y;  // ahead of the series, which has time to spare for it
+    const Val<T> s = square<T>(y);
+    const Val<T> f = over(0.5 + tail<T>(s, c), y, inv_y);
+    if constexpr (std::is_same_v<T, double>) {
+        // Near underflow the low parts of the product would fall below the smallest spacing:
+        // it is formed 2^200 higher and scaled back once rounded.
+        if (s > 650) return double(exp(200 * ln2_dd - s) * f) * 6.223015277861142e-61;
+    }
+    const Val<T> r = exp(-s) * f;
     return x < 0 ? 2 - r : r;
 }
 
 // exp(y^2) erfc(y) for y >= 0.8, the scaled function of the Newton step below.
 template <class T>
-Wide<T> erfc_scaled(Wide<T> y, const int* c) {
-    using W = Wide<T>;
-    if (y > 1) return (W(0.5) + tail<T>(y, c)) / y;
-    return std::exp(y * y) * (1 - erf_series<T>(y, c[1]));
+double erfc_scaled(double y, const int* c) {
+    if (y > 1) return double((0.5 + tail<T>(square<T>(y), c)) / y);
+    return double(exp(square<T>(y)) * (1 - erf_series<T>(y, c[1])));
 }
 
 template <class T>
@@ -133,18 +188,34 @@ int inverse_count(int which) {
     return which == 1 ? n1 : n2;
 }
 
+// x (1 + series) of the two inverse tables: t = 32 x^2/9 - 1 (first), (512 x^2 - 369)/81 (second),
+// in double for both precisions: the series is at most half of the result, so its rounding
+// moves the result by a fraction of a unit. t is rounded once, from the exact square where
+// 512 x^2 - 369 cancels: the series moves by at most a sixth of an error in t.
 template <class T>
-Wide<T> small_inverse(Wide<T> y) {
-    using W = Wide<T>;
-    return y + y * csevl<W>(32 * y * y / 9 - 1, erfinv1<W>.data(), inverse_count<T>(1), csevl_name<T>());
+double inverse_series(double x, int which) {
+    const DD s = dd::two_prod(x, x);
+    const double t = which == 1 ? s.hi * (32.0 / 9) - 1 : ((512 * s.hi - 369) + 512 * s.lo) / 81;
+    const double c = which == 1 ? csevl<double>(t, erfinv1<double>.data(), inverse_count<T>(1), csevl_name<T>())
+                                : csevl<double>(t, erfinv2<double>.data(), inverse_count<T>(2), csevl_name<T>());
+    return x + x * c;
+}
+
+// t exp(r^2) of the Newton step, with exp taken 2^600 lower where t is so small that exp(r^2)
+// alone would overflow.
+template <class T>
+double t_times_exp_square(double t, double r) {
+    const Val<T> s = square<T>(r);
+    if (t > 1e-200) return t * double(exp(s));
+    return (t * 0x1p600) * double(exp(s - 600 * ln2_dd));
 }
 
 // The root r of erfc(r) = x for 0 < x < 2 and |1 - x| >= 0.75, by Newton's method on
 // exp(r^2) erfc(r), from the leading term of the asymptotic expansion
 // erfc(r) ~ exp(-r^2)/(r sqrt(pi)) (Abramowitz and Stegun 7.1.23) solved for r.
 template <class T>
-Wide<T> erfc_inverse_tail(Wide<T> x) {
-    using W = Wide<T>;
+double erfc_inverse_tail(double x) {
+    using W = double;
     const W y = 1 - x;
     int* c = counts<T>();
     if (c == nullptr) return Mach<T>::nan();
@@ -154,7 +225,7 @@ Wide<T> erfc_inverse_tail(Wide<T> x) {
     W r = std::sqrt(l - W(0.5) * std::log(W(3.14159265358979323846264338327950288L) * l));
     const W tol = 10 * W(Mach<T>::large_spacing());
     for (int step = 0; step < 100; ++step) {
-        const W delta = (erfc_scaled<T>(r, c) - t * std::exp(r * r)) * W(0.886226925452758013649083741671L);
+        const W delta = (erfc_scaled<T>(r, c) - t_times_exp_square<T>(t, r)) * W(0.886226925452758013649083741671L);
         r += delta;
         if (std::fabs(delta) < r * tol) return std::copysign(r, y);
     }
@@ -180,26 +251,29 @@ T erfc(T x) {
 
 template <class T>
 T erf(T x) {
-    using W = Wide<T>;
     frame::Level level("l_erf");
     int* c = counts<T>();
     if (c == nullptr) return Mach<T>::nan();
     if (c[0] == 0) c[0] = inits(erfcs<T>.data(), 21, eta<T>(), inits_name<T>());
     const ErfLimits<T>& k = erf_limits<T>();
-    const W y = std::fabs(W(x));
+    const double y = std::fabs(double(x));
     if (y > 1) {
         if (y > k.xbig) return std::copysign(T(1), x);
         frame::Level call(std::is_same_v<T, float> ? "qnum_f_erfc" : "qnum_d_erfc");
-        return static_cast<T>(std::copysign(std::fabs(1 - erfc_body<T>(y)), W(x)));
+        return static_cast<T>(std::copysign(std::fabs(double(1 - erfc_body<T>(y))), double(x)));
     }
     if (y > k.sqeps) return static_cast<T>(erf_series<T>(x, c[0]));
     // 2x/sqrt(pi) with the cubic term of its series, which still shows in the last bit here.
-    return static_cast<T>(2 * W(x) / W(sqrtpi) * (1 - W(x) * W(x) / 3));
+    // (Where the result is subnormal its low part is lost, and the one rounding of x times the
+    // rounded constant is the closer; the sign of a zero stays that of x.)
+    const double w = x;
+    if (std::fabs(w) < 1e-290) return static_cast<T>(w * double(Val<T>(two_over_sqrtpi<T>())));
+    const Val<T> lead = Val<T>(w) * Val<T>(two_over_sqrtpi<T>());
+    return static_cast<T>(lead - double(lead) * (w * w / 3));
 }
 
 template <class T>
 T erfc_inverse(T x) {
-    using W = Wide<T>;
     frame::Level level("l_erfc_inverse");
     if (!(x > 0 && x < 2)) {
         frame::raise(frame::Type::Fatal, err::argument_outside_interval, frame::Str{"x"}, frame::Real{0.0},
@@ -210,30 +284,34 @@ T erfc_inverse(T x) {
     if (x > bound)
         frame::raise(frame::Type::Warning, err::erfc_inverse_near_two, frame::Real{double(x)},
                      frame::Real{double(bound)});
-    const W y = 1 - W(x);
-    if (std::fabs(y) < W(0.75)) return static_cast<T>(small_inverse<T>(y));
+    const DD y = dd::two_sum(1, -double(x));  // 1 - x exactly
+    if (std::fabs(y.hi) < 0.75) {
+        double r = inverse_series<T>(y.hi, 1);
+        // The part of 1 - x below the last place of y.hi moves the root by y.lo sqrt(pi)/2 exp(r^2).
+        if (y.lo != 0) r += y.lo * 0.886226925452758 * std::exp(r * r);
+        return static_cast<T>(r);
+    }
     return static_cast<T>(erfc_inverse_tail<T>(x));
 }
 
 template <class T>
 T erf_inverse(T x) {
-    using W = Wide<T>;
     frame::Level level("l_erf_inverse");
-    const W ax = std::fabs(W(x));
+    const double ax = std::fabs(double(x));
     if (!(ax < 1)) {
         frame::raise(frame::Type::Fatal, err::argument_outside_interval, frame::Str{"x"}, frame::Real{-1.0},
                      frame::Real{1.0}, frame::Real{double(x)});
         return Mach<T>::nan();
     }
-    if (ax <= W(0.75)) {
-        const W s = ax <= std::sqrt(W(Mach<T>::small_spacing())) ? 0 : W(x) * W(x);
-        return static_cast<T>(W(x) + W(x) * csevl<W>(32 * s / 9 - 1, erfinv1<W>.data(),
-                                                      inverse_count<T>(1), csevl_name<T>()));
+    if (ax <= 0.75) {
+        // Below sqrt(eps) the series is taken at s = 0.
+        if (ax <= std::sqrt(double(Mach<T>::small_spacing())))
+            return static_cast<T>(double(x) + double(x) * csevl<double>(-1.0, erfinv1<double>.data(),
+                                                                        inverse_count<T>(1), csevl_name<T>()));
+        return static_cast<T>(inverse_series<T>(x, 1));
     }
-    if (ax <= W(0.9375))
-        return static_cast<T>(W(x) + W(x) * csevl<W>((512 * W(x) * W(x) - 369) / 81, erfinv2<W>.data(),
-                                                      inverse_count<T>(2), csevl_name<T>()));
-    W r;
+    if (ax <= 0.9375) return static_cast<T>(inverse_series<T>(x, 2));
+    double r;
     {
         frame::Level call("l_erfc_inverse");
         r = erfc_inverse_tail<T>(1 - ax);
@@ -242,7 +320,7 @@ T erf_inverse(T x) {
     if (ax > bound)
         frame::raise(frame::Type::Warning, err::erf_inverse_near_one, frame::Real{double(x)},
                      frame::Real{double(bound)});
-    return static_cast<T>(std::copysign(std::fabs(r), W(x)));
+    return static_cast<T>(std::copysign(std::fabs(r), double(x)));
 }
 
 template float erf<float>(float);

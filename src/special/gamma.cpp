@@ -13,10 +13,23 @@ namespace {
 template <class T> constexpr auto gamcs = convert<T>(table::gamcs);
 template <class T> constexpr auto algmcs = convert<T>(table::algmcs);
 template <class T> constexpr auto alnrcs = convert<T>(table::alnrcs);
+constexpr auto gamcs_lo = low_parts(table::gamcs);
+constexpr auto alnrcs_lo = low_parts(table::alnrcs);
 
 constexpr long double pi = 3.141592653589793238462643383279502884L;
 constexpr long double lnsqrt2pi = 0.9189385332046727417803297364056176398L;   // log(sqrt(2 pi))
 constexpr long double lnsqrtpi2 = 0.2257913526447274323630976149474826617L;   // log(sqrt(pi/2))
+
+// A constant in the working precision of T.
+template <class V>
+V val(long double v) {
+    if constexpr (std::is_same_v<V, DD>) {
+        const double h = static_cast<double>(v);
+        return DD(h, static_cast<double>(v - h));
+    } else {
+        return static_cast<V>(v);
+    }
+}
 
 template <class T>
 constexpr const char* public_name(const char* f, const char* d) { return std::is_same_v<T, float> ? f : d; }
@@ -94,44 +107,74 @@ const Limits<T>& limits() {
     }
 }
 
-// sin(pi y) for y >= 0, reduced exactly to |r| <= 1/2 first, so that it is exactly zero at the
-// integers and keeps its relative accuracy next to them.
-template <class W>
-W sin_pi(W y) {
-    W r = std::fmod(y, W(2));
+// sin(pi y) for y >= 0 (a double: only the caller's own arguments are negative), reduced
+// exactly to |r| <= 1/2 first, so that it is exactly zero at the integers and keeps its
+// relative accuracy next to them. For double, pi r is formed in double-double.
+template <class V>
+V sin_pi(double y) {
+    double r = std::fmod(y, 2.0);
     if (r > 1) r -= 2;
-    if (r > W(0.5)) r = 1 - r;
-    if (r < W(-0.5)) r = -1 - r;
-    return std::sin(W(pi) * r);
+    if (r > 0.5) r = 1 - r;
+    if (r < -0.5) r = -1 - r;
+    if constexpr (!std::is_same_v<V, DD>) {
+        return std::sin(V(pi) * r);
+    } else {
+        const DD a = val<V>(pi) * r;
+        return dd::quick_two_sum(std::sin(a.hi), std::cos(a.hi) * a.lo);
+    }
+}
+
+// log x: for the double routines to about 2^-62 relative, or (fast) with an absolute error
+// below 2^-54 where the result is large enough for that.
+template <class V>
+V log_of(V x, bool fast) {
+    if constexpr (!std::is_same_v<V, DD>) {
+        (void)fast;
+        return std::log(x);
+    } else {
+        if (!fast) return log(x);
+        return log_fast(x.hi) + x.lo / x.hi;
+    }
+}
+
+// A running product: for double-double, its low parts renormalised only once, at the end.
+template <class V>
+V product(V a, V b) {
+    if constexpr (std::is_same_v<V, DD>) return dd::lazy_product(a, b);
+    else return a * b;
+}
+template <class V>
+V normal(V a) {
+    if constexpr (std::is_same_v<V, DD>) return dd::quick_two_sum(a.hi, a.lo);
+    else return a;
 }
 
 // WARNING 9020 when x lies so near a negative integer that half the digits of the result are lost.
-template <class T, class W>
-void warn_near_negative_integer(W x, W scale) {
-    if (std::fabs((x - std::trunc(x - W(0.5))) * scale / x) < constants<T>().dxrel)
-        frame::raise(frame::Type::Warning, err::near_negative_integer, frame::Real{double(x)});
+template <class T>
+void warn_near_negative_integer(double x, double scale) {
+    if (std::fabs((x - std::trunc(x - 0.5)) * scale / x) < constants<T>().dxrel)
+        frame::raise(frame::Type::Warning, err::near_negative_integer, frame::Real{x});
 }
 
-template <class T>
-Wide<T> gamma_body(Wide<T> x) {
-    using W = Wide<T>;
+template <class T, class V>
+V gamma_body(V x) {
     frame::Level level("l_gamma");
     // The kept terms depend only on the table and the precision: found once, not on every call.
     static const int ngam = inits(gamcs<T>.data(), 42, T(0.1) * Mach<T>::small_spacing(), inits_name<T>());
     const GammaConstants<T>& k = constants<T>();
     const Limits<T>& lim = limits<T>();
-    const W y = std::fabs(x);
+    const V y = fabs(x);
     if (y <= 10) {
         // gamma(x) = gamma(1 + f) times or divided by the factors between, 0 <= f < 1.
-        int n = static_cast<int>(x);
+        int n = static_cast<int>(double(x));
         if (x < 0) --n;
-        const W f = x - n;
+        const V f = x - n;
         --n;
-        W g = W(0.9375) + csevl<W>(2 * f - 1, gamcs<W>.data(), ngam, csevl_name<T>());
+        V g = 0.9375 + cheb<T>(2 * f - 1, table::gamcs, gamcs<double>, gamcs_lo, ngam, csevl_name<T>());
         if (n == 0) return g;
         if (n > 0) {
-            for (int i = 1; i <= n; ++i) g *= f + i;
-            return g;
+            for (int i = 1; i <= n; ++i) g = product(g, f + i);
+            return normal(g);
         }
         n = -n;
         if (x == 0) {
@@ -139,7 +182,7 @@ Wide<T> gamma_body(Wide<T> x) {
             return Mach<T>::nan();
         }
         // Scaled by 1e20 on both sides, as the float routine always compared them.
-        if (f * W(1e20) < W(k.xsml) * W(1e20)) {
+        if (f * 1e20 < double(k.xsml) * 1e20) {
             frame::raise(frame::Type::Fatal, err::gamma_near_zero, frame::Real{double(x)});
             return Mach<T>::nan();
         }
@@ -147,10 +190,12 @@ Wide<T> gamma_body(Wide<T> x) {
             frame::raise(frame::Type::Terminal, err::gamma_negative_integer, frame::Real{double(x)});
             return Mach<T>::nan();
         }
-        if (x < W(-0.5)) warn_near_negative_integer<T>(x, W(1));
-        // x + (i - 1): next to zero, adding i first would round x away.
-        for (int i = 1; i <= n; ++i) g /= x + (i - 1);
-        return g;
+        if (x < -0.5) warn_near_negative_integer<T>(double(x), 1);
+        // Divided by x (x + 1) ... (x + n - 1), formed first: next to zero, adding i before x
+        // would round x away.
+        V d = x;
+        for (int i = 2; i <= n; ++i) d = product(d, x + (i - 1));
+        return g / normal(d);
     }
     if (x > lim.xmax) {
         frame::raise(frame::Type::Fatal, err::gamma_overflow, frame::Real{double(x)}, frame::Real{double(lim.xmax)});
@@ -160,51 +205,64 @@ Wide<T> gamma_body(Wide<T> x) {
         frame::raise(frame::Type::Alert, err::gamma_underflow, frame::Real{double(x)}, frame::Real{double(lim.xmin)});
         return 0;
     }
-    const W g = std::exp((y - W(0.5)) * std::log(y) - y + W(lnsqrt2pi) + r9lgmc<T>(y, corr_name<T>()));
+    // The exponent reaches 700: each unit of its last place is a unit of the result's, so it is
+    // formed in the working precision whole.
+    const V g = exp((y - 0.5) * log_of<V>(y, false) - y + val<V>(lnsqrt2pi) + r9lgmc<T, V>(y, corr_name<T>()));
     if (x > 0) return g;
-    warn_near_negative_integer<T>(x, W(1));
-    const W s = sin_pi(y);
+    warn_near_negative_integer<T>(double(x), 1);
+    const V s = sin_pi<V>(double(y));
     if (s == 0) {
         frame::raise(frame::Type::Fatal, err::gamma_sine_zero, frame::Real{double(x)});
         return Mach<T>::nan();
     }
-    return -W(pi) / (y * s * g);
+    return -val<V>(pi) / (y * s * g);
 }
 
 // The public gamma, log-gamma and log-beta as other routines of this family call them: under
-// the public name, in the wide precision.
-template <class T>
-Wide<T> gamma_call(Wide<T> x) {
+// the public name, in the working precision.
+template <class T, class V>
+V gamma_call(V x) {
     frame::Level call(public_name<T>("qnum_f_gamma", "qnum_d_gamma"));
-    return gamma_body<T>(x);
+    return gamma_body<T, V>(x);
 }
 
-template <class T>
-Wide<T> log_gamma_body(Wide<T> x) {
-    using W = Wide<T>;
+template <class T, class V>
+V log_gamma_body(V x, bool fast_log) {
     frame::Level level("l_log_gamma");
     const GammaConstants<T>& k = constants<T>();
-    const W y = std::fabs(x);
-    if (y <= 10) return std::log(std::fabs(gamma_call<T>(x)));
+    const V y = fabs(x);
+    if (y <= 10) {
+        const V g = fabs(gamma_call<T, V>(x));
+        if constexpr (std::is_same_v<V, DD>) {
+            // The rounded logarithm of g.hi is within a unit of the result's last place; the low
+            // part moves it by g.lo/g.hi. Where a last-place accuracy of log(g) is asked for
+            // (the incomplete functions), the working precision is long double.
+            // gamma overflows only where |x| < 1/huge (negative x; the positive ones fail first),
+            // and there log|gamma(x)| = -log|x| to the last bit.
+            if (std::isinf(g.hi)) return -log(fabs(x));
+            if (fast_log) return std::log(g.hi) + g.lo / g.hi;
+        }
+        return log(g);
+    }
     if (y > k.lgmax) {
         frame::raise(frame::Type::Fatal, err::log_gamma_overflow, frame::Real{double(x)}, frame::Real{double(k.lgmax)});
         return Mach<T>::nan();
     }
-    if (x > 0) return (x - W(0.5)) * std::log(x) - x + W(lnsqrt2pi) + r9lgmc<T>(y, corr_name<T>());
-    const W s = std::fabs(sin_pi(y));
+    if (x > 0) return (x - 0.5) * log_of<V>(x, fast_log) - x + val<V>(lnsqrt2pi) + r9lgmc<T, V>(y, corr_name<T>());
+    const V s = fabs(sin_pi<V>(double(y)));
     if (s == 0) {
         frame::raise(frame::Type::Fatal, err::gamma_negative_integer, frame::Real{double(x)});
         return Mach<T>::nan();
     }
-    const W r = W(lnsqrtpi2) + (x - W(0.5)) * std::log(y) - x - std::log(s) - r9lgmc<T>(y, corr_name<T>());
-    warn_near_negative_integer<T>(x, r);
+    const V r = val<V>(lnsqrtpi2) + (x - 0.5) * log_of<V>(y, fast_log) - x - log(s) - r9lgmc<T, V>(y, corr_name<T>());
+    warn_near_negative_integer<T>(double(x), double(r));
     return r;
 }
 
-template <class T>
-Wide<T> log_gamma_call(Wide<T> x) {
+template <class T, class V>
+V log_gamma_call(V x, bool fast_log = false) {
     frame::Level call(public_name<T>("qnum_f_log_gamma", "qnum_d_log_gamma"));
-    return log_gamma_body<T>(x);
+    return log_gamma_body<T, V>(x, fast_log);
 }
 
 // A correction term that underflowed must not surface from log_beta.
@@ -212,42 +270,47 @@ void clear_correction_note() {
     if (qnum_n1rty(1) == 1) qnum_e1mes(0, 0, "");
 }
 
-template <class T>
-Wide<T> log_beta_body(Wide<T> a, Wide<T> b) {
-    using W = Wide<T>;
+template <class T, class V>
+V log_beta_body(V a, V b) {
     frame::Level level("l_log_beta");
     if (!(a > 0) || !(b > 0)) {
         frame::raise(frame::Type::Terminal, err::log_beta_nonpositive);
         return Mach<T>::nan();
     }
-    const W p = std::min(a, b), q = std::max(a, b);
-    if (q < 10) return std::log(gamma_call<T>(p) * gamma_call<T>(q) / gamma_call<T>(p + q));
-    const W t = -p / (p + q);
+    const V p = std::min(a, b), q = std::max(a, b);
+    if (q < 10) return log(gamma_call<T, V>(q) / gamma_call<T, V>(p + q) * gamma_call<T, V>(p));
+    const V t = -p / (p + q);
     if (p < 10) {
-        const W corr = r9lgmc<T>(q, corr_name<T>()) - r9lgmc<T>(p + q, corr_name<T>());
+        const V corr = r9lgmc<T, V>(q, corr_name<T>()) - r9lgmc<T, V>(p + q, corr_name<T>());
         clear_correction_note();
-        return log_gamma_call<T>(p) + corr + p - p * std::log(p + q) + (q - W(0.5)) * alnrel<T>(t);
+        return log_gamma_call<T, V>(p) + corr + p - p * log_of<V>(p + q, false) + (q - 0.5) * alnrel<T, V>(t);
     }
-    const W corr = r9lgmc<T>(p, corr_name<T>()) + r9lgmc<T>(q, corr_name<T>()) - r9lgmc<T>(p + q, corr_name<T>());
+    const V corr = r9lgmc<T, V>(p, corr_name<T>()) + r9lgmc<T, V>(q, corr_name<T>()) -
+                        r9lgmc<T, V>(p + q, corr_name<T>());
     clear_correction_note();
-    return -W(0.5) * std::log(q) + W(lnsqrt2pi) + corr + (p - W(0.5)) * std::log(p / (p + q)) + q * alnrel<T>(t);
+    return -0.5 * log_of<V>(q, false) + val<V>(lnsqrt2pi) + corr + (p - 0.5) * log_of<V>(p / (p + q), false) +
+           q * alnrel<T, V>(t);
 }
 
-template <class T>
-Wide<T> beta_body(Wide<T> a, Wide<T> b) {
-    using W = Wide<T>;
+template <class T, class V>
+V beta_body(V a, V b) {
     frame::Level level("l_beta");
     if (!(a > 0) || !(b > 0)) {
         frame::raise(frame::Type::Terminal, err::beta_nonpositive, frame::Real{double(a)}, frame::Real{double(b)});
         return Mach<T>::nan();
     }
-    if (a + b < limits<T>().xmax) return gamma_call<T>(a) * gamma_call<T>(b) / gamma_call<T>(a + b);
-    W lb;
+    // a + b exactly (double-double for double): gamma magnifies a rounded sum up to 300 times.
+    // The larger gamma is divided first, so that no partial result overflows.
+    if (a + b < limits<T>().xmax) {
+        const V p = std::min(a, b), q = std::max(a, b);
+        return gamma_call<T, V>(q) / gamma_call<T, V>(a + b) * gamma_call<T, V>(p);
+    }
+    V lb;
     {
         frame::Level call(public_name<T>("qnum_f_log_beta", "qnum_d_log_beta"));
-        lb = log_beta_body<T>(a, b);
+        lb = log_beta_body<T, V>(a, b);
     }
-    if (lb > std::log(W(Mach<T>::tiny()))) return std::exp(lb);
+    if (lb > std::log(double(Mach<T>::tiny()))) return exp(lb);
     frame::raise(frame::Type::Alert, err::beta_underflow, frame::Real{double(a)}, frame::Real{double(b)});
     return 0;
 }
@@ -256,53 +319,50 @@ Wide<T> beta_body(Wide<T> a, Wide<T> b) {
 
 // The correction log gamma(x) - [(x - 1/2) log x - x + log sqrt(2 pi)] for x >= 10. Its terms
 // are kept for the accuracy of the precision itself, not a tenth of it: the correction is at
-// most 1/120 of the result.
-template <class T>
-Wide<T> r9lgmc(Wide<T> x, const char* name) {
-    using W = Wide<T>;
+// most 1/120 of the result, so double suffices for both precisions.
+template <class T, class V>
+V r9lgmc(V x_in, const char* name) {
+    // Beside double-double, double suffices: the correction is at most 1/120 of the result.
+    using C = std::conditional_t<std::is_same_v<V, DD>, double, V>;
+    const C x = static_cast<C>(x_in);
     static const int nalgm = inits(algmcs<T>.data(), 15, Mach<T>::small_spacing(), inits_name<T>());
     const GammaConstants<T>& k = constants<T>();
     if (x < 10) {
-        raise_at(name, frame::Type::Fatal, err::correction_small_argument, frame::Real{double(x)},
-                        frame::Real{10.0});
+        raise_at(name, frame::Type::Fatal, err::correction_small_argument, frame::Real{double(x)}, frame::Real{10.0});
         return Mach<T>::nan();
     }
     if (x >= k.corr_xmax) {
         raise_at(name, frame::Type::Alert, err::result_underflows, frame::Real{double(x)},
-                        frame::Real{double(k.corr_xmax)});
+                 frame::Real{double(k.corr_xmax)});
         return 0;
     }
     if (x < k.corr_xbig) {
-        const W t = 10 / x;
-        return csevl<W>(2 * t * t - 1, algmcs<W>.data(), nalgm, csevl_name<T>()) / x;
+        const C t = 10 / x;
+        return csevl<C>(2 * t * t - 1, algmcs<C>.data(), nalgm, csevl_name<T>()) / x;
     }
     return 1 / (12 * x);
 }
 
-template <class T>
-Wide<T> alnrel(Wide<T> t) {
-    using W = Wide<T>;
+template <class T, class V>
+V alnrel(V t) {
     static const int n = inits(alnrcs<T>.data(), 43, T(0.1) * Mach<T>::small_spacing(), inits_name<T>());
-    if (std::fabs(t) <= W(0.375)) return t * (1 - t * csevl<W>(t / W(0.375), alnrcs<W>.data(), n, csevl_name<T>()));
-    return std::log(1 + t);
+    if (fabs(t) <= 0.375) return t * (1 - t * cheb<T>(t / 0.375, table::alnrcs, alnrcs<double>, alnrcs_lo, n, csevl_name<T>()));
+    return log(1 + t);
 }
 
-template <class T> T gamma(T x) { return static_cast<T>(gamma_body<T>(x)); }
-template <class T> Wide<T> gamma_wide(Wide<T> x) { return gamma_call<T>(x); }
-template <class T> T log_gamma(T x) { return static_cast<T>(log_gamma_body<T>(x)); }
-template <class T> Wide<T> log_gamma_wide(Wide<T> x) { return log_gamma_call<T>(x); }
-template <class T> T beta(T a, T b) { return static_cast<T>(beta_body<T>(a, b)); }
-template <class T> T log_beta(T a, T b) { return static_cast<T>(log_beta_body<T>(a, b)); }
+template <class T> T gamma(T x) { return static_cast<T>(gamma_body<T, Val<T>>(x)); }
+template <class T> T log_gamma(T x) { return static_cast<T>(log_gamma_body<T, Val<T>>(x, true)); }
+template <class T> Wide<T> log_gamma_wide(Wide<T> x) { return log_gamma_call<T, Wide<T>>(x); }
+template <class T> T beta(T a, T b) { return static_cast<T>(beta_body<T, Val<T>>(a, b)); }
+template <class T> T log_beta(T a, T b) { return static_cast<T>(log_beta_body<T, Val<T>>(a, b)); }
 template <class T> Wide<T> log_beta_wide(Wide<T> a, Wide<T> b) {
     frame::Level call(public_name<T>("qnum_f_log_beta", "qnum_d_log_beta"));
-    return log_beta_body<T>(a, b);
+    return log_beta_body<T, Wide<T>>(a, b);
 }
 
 #define QNUM_SPECIAL_GAMMA(T)                                   \
-    template Wide<T> r9lgmc<T>(Wide<T>, const char*);           \
-    template Wide<T> alnrel<T>(Wide<T>);                        \
+    template Wide<T> alnrel<T, Wide<T>>(Wide<T>);               \
     template T gamma<T>(T);                                     \
-    template Wide<T> gamma_wide<T>(Wide<T>);                    \
     template T log_gamma<T>(T);                                 \
     template Wide<T> log_gamma_wide<T>(Wide<T>);                \
     template T beta<T>(T, T);                                   \
@@ -311,5 +371,7 @@ template <class T> Wide<T> log_beta_wide(Wide<T> a, Wide<T> b) {
 QNUM_SPECIAL_GAMMA(float)
 QNUM_SPECIAL_GAMMA(double)
 #undef QNUM_SPECIAL_GAMMA
+template double r9lgmc<float, double>(double, const char*);
+template long double r9lgmc<double, long double>(long double, const char*);
 
 }  // namespace qnum::special

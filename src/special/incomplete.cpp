@@ -136,7 +136,7 @@ T beta_incomplete(T x, T a, T b) {
     if (frame::failed_below()) return Mach<T>::nan();
     W h = 0;
     if (!beta_fraction<W>(wx, wa, wb, std::numeric_limits<W>::epsilon(), h)) return Mach<T>::nan();
-    const W r = std::exp(wa * std::log(wx) + wb * alnrel<double>(-wx) - lb) / wa * h;
+    const W r = std::exp(wa * std::log(wx) + wb * alnrel<double, W>(-wx) - lb) / wa * h;
     return static_cast<T>(swap ? 1 - r : r);
 }
 

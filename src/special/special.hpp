@@ -8,15 +8,19 @@
 
 #include "frame/frame.hpp"
 #include "qnummath.h"
+#include "special/dd.hpp"
 
 namespace qnum::special {
 
-// Working precision: float routines carry their intermediates in double, double routines in
-// long double, and sum their series with the coefficients held in that precision, so that the
-// result is rounded essentially once, at the end. Branch points, limits and term counts (found
-// on the table rounded to T) stay those of the routine's own precision T.
+// Working precision: float routines carry their intermediates in double; the error, gamma and
+// beta families in double carry theirs in double with the decisive steps in double-double (Val),
+// the incomplete functions and erfe in long double (Wide). Either way the result is rounded
+// essentially once, at the end. Branch points, limits and term counts (found on the table
+// rounded to T) stay those of the routine's own precision T.
 template <class T>
 using Wide = std::conditional_t<std::is_same_v<T, float>, double, long double>;
+template <class T>
+using Val = std::conditional_t<std::is_same_v<T, float>, double, DD>;
 
 // Machine constants of precision T.
 template <class T>
@@ -40,6 +44,14 @@ constexpr std::array<T, N> convert(const long double (&a)[N]) {
     return r;
 }
 
+// The low parts a - double(a) of a table, for the double-double steps of a series.
+template <std::size_t N>
+constexpr std::array<double, N> low_parts(const long double (&a)[N]) {
+    std::array<double, N> r{};
+    for (std::size_t i = 0; i < N; ++i) r[i] = static_cast<double>(a[i] - static_cast<double>(a[i]));
+    return r;
+}
+
 // Raises under a level of its own named `name`, or at the current level when `name` is null.
 template <class... Slots>
 void raise_at(const char* name, frame::Type type, int code, Slots... slots) {
@@ -55,7 +67,25 @@ int inits(const C* cs, int n, float eta, const char* name);
 // The n-term series at x by Clenshaw's recurrence, first coefficient halved.
 template <class W, class C>
 W csevl(W x, const C* cs, int n, const char* name);
-// Name of the term-count routine of a table precision.
+// The argument checks of csevl: false (after TERMINAL 9001 or 9002) when the series cannot be
+// summed; WARNING 9003 for x outside [-1.1, 1.1].
+template <class W>
+bool csevl_checks(W x, int n, const char* name);
+// The n-term series of a table at t in the working precision V: csevl in double or long double
+// on the table in that precision, or the double-double series (the double table `hi`, its first
+// two coefficients completed by `lo`).
+template <class T, class V, std::size_t N>
+V cheb(V t, const long double (&wide)[N], const std::array<double, N>& hi, const std::array<double, N>& lo, int n,
+       const char* name) {
+    if constexpr (std::is_same_v<V, DD>) {
+        if (!csevl_checks(t.hi, n, name)) return Mach<double>::nan();
+        return series(t, hi.data(), lo.data(), n);
+    } else if constexpr (std::is_same_v<V, double>) {
+        return csevl<double>(t, hi.data(), n, name);
+    } else {
+        return csevl<long double>(t, wide, n, name);
+    }
+}
 template <class C>
 constexpr const char* inits_name() { return std::is_same_v<C, float> ? "qnum_inits" : "qnum_initds"; }
 template <class C>
@@ -72,16 +102,15 @@ template <class T> std::complex<T> erfe(std::complex<T> z);
 
 // ---- gamma and beta (gamma.cpp) ----
 // The log-gamma correction for x >= 10; errors under the level `name` (null: the current one).
-template <class T> Wide<T> r9lgmc(Wide<T> x, const char* name);
+template <class T, class V> V r9lgmc(V x, const char* name);
 template <class T> T gamma(T x);
-template <class T> Wide<T> gamma_wide(Wide<T> x);
 template <class T> T log_gamma(T x);
 template <class T> Wide<T> log_gamma_wide(Wide<T> x);
 template <class T> T beta(T a, T b);
 template <class T> T log_beta(T a, T b);
 template <class T> Wide<T> log_beta_wide(Wide<T> a, Wide<T> b);
 // log(1 + t), accurate for small t (t > -1).
-template <class T> Wide<T> alnrel(Wide<T> t);
+template <class T, class V> V alnrel(V t);
 
 // ---- incomplete functions (incomplete.cpp) ----
 template <class T> T gamma_incomplete(T a, T x);

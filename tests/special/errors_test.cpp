@@ -168,6 +168,9 @@ TEST(SpecialErrors, LimitsSitAtTheEdgeOfTheRange) {
     EXPECT_GT(qnum_r9lgmc(std::nextafter(corr_xmax, 0.0f)), 0.0f);
     qnum_r9lgmc(corr_xmax);
     EXPECT_EQ(last_code(), 9015);
+    // 10 itself is inside the correction's range (mpmath value).
+    EXPECT_NEAR(qnum_d9lgmc(10.0), 0.0083305634333628712565, 2e-18);
+    EXPECT_EQ(last_type(), 0);
 }
 
 // A TERMINAL error stops the process at the return to the caller under the default policy.

@@ -1,8 +1,10 @@
 // Chebyshev machinery and the identities and exact values of the special functions.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "qnum_test.hpp"
 #include "qnummath.h"
@@ -78,6 +80,38 @@ TEST(Chebyshev, ClenshawSumsTheSeries) {
     EXPECT_EQ(qnum_n1rty(1), 0);
 }
 
+// The double-double exponential and logarithms of the double routines against the 64-bit ones of
+// the C library, over their ranges (the exponential's ends are scaled in two steps). Bounds:
+// 2^-60 relative (exp), 2^-60 and 2^-54 absolute (log, the fast log; relative beyond 1, where the
+// references themselves hold no more); at the bottom of exp's range
+// the low part is subnormal and only the rounded value is held to 2^-52.
+TEST(DoubleDouble, ExpAndLogAgainstLongDouble) {
+    using special::DD;
+    struct Row {
+        double a;
+        long double got, want, tol;  // tol absolute
+    };
+    auto exp_row = [](double a) {
+        const DD e = special::exp(DD(a));
+        const long double want = std::exp(static_cast<long double>(a));
+        return Row{a, static_cast<long double>(e.hi) + e.lo, want, 0x1p-60L * want};
+    };
+    auto log_row = [](double a, bool fast) {
+        const DD l = fast ? special::log_fast(a) : special::log(DD(a));
+        const long double want = std::log(static_cast<long double>(a));
+        return Row{a, static_cast<long double>(l.hi) + l.lo, want, (fast ? 0x1p-54L : 0x1p-60L) * std::max(1.0L, std::fabs(want))};
+    };
+    std::vector<Row> rows;
+    for (double a : {-700.25, -1.0, -1e-3, 0.0, 2.5e-3, 1.0, 300.7, 709.5, 709.78}) rows.push_back(exp_row(a));
+    for (double a : {1e-300, 0.3, 0.75, 0.999999, 1.0000001, 1.5, 10.0, 123.456, 1e300}) {
+        rows.push_back(log_row(a, false));
+        rows.push_back(log_row(a, true));
+    }
+    for (const Row& r : rows) EXPECT_LE(std::fabs(r.got - r.want), r.tol) << r.a;
+    const DD low = special::exp(DD(-708.5));
+    EXPECT_NEAR(low.hi + low.lo, double(std::exp(-708.5L)), 0x1p-52 * 3.3e-308);
+}
+
 template <class T>
 class Values : public ::testing::Test {};
 using Precisions = ::testing::Types<float, double>;
@@ -109,6 +143,7 @@ TYPED_TEST(Values, ErrorFunctionEdges) {
     }
     EXPECT_EQ(F::erf_inverse(T(0)), T(0));
     EXPECT_EQ(F::erfc_inverse(T(1)), T(0));
+    EXPECT_TRUE(std::signbit(F::erf(T(-0.0))));
     EXPECT_EQ(qnum_n1rty(1), 0);
 }
 
@@ -130,6 +165,12 @@ TYPED_TEST(Values, GammaAtTheIntegersAndHalfIntegers) {
     EXPECT_NEAR(F::log_gamma(T(1)), T(0), 2 * eps);
     EXPECT_NEAR(F::log_gamma(T(2)), T(0), 2 * eps);
     EXPECT_NEAR(F::log_gamma(T(11)), std::log(T(3628800)), 2 * eps * 16);
+    if constexpr (std::is_same_v<T, double>) {
+        // Subnormal arguments, where double intermediates would overflow (mpmath, 50 digits).
+        EXPECT_NEAR(F::log_gamma(-1e-310), 713.8013788281541651, 2 * 713.8 * eps);
+        EXPECT_NEAR(F::log_beta(1e-300, 1e-17), 690.77552789821370518, 4 * 690.8 * eps);
+        EXPECT_NEAR(F::erfc_inverse(1e-310), 26.644806559364764782, 2 * 26.6 * eps);
+    }
     EXPECT_EQ(qnum_n1rty(1), 0);
 }
 

@@ -139,6 +139,8 @@ def main():
     print(f"// Z = (L + iz)/(L - iz), p(Z) = sum_k a_k Z^(k-1); largest relative error on a test grid {mp.nstr(werr, 3)}.")
     print(f"inline constexpr long double weideman_l = {mp.nstr(L, 34)}L;")
     emit("weideman", wcoef, "a_1 .. a_40 (mpmath, 50 digits)")
+    # 2^(j/64): the table of the double-double exponential of the double routines.
+    emit("exp2_64", [mp.mpf(2) ** (mp.mpf(j) / 64) for j in range(64)], "2^(j/64), j = 0 .. 63 (mpmath, 50 digits)")
     print("}  // namespace qnum::special::table")
 
 

@@ -1,0 +1,139 @@
+// Double-double values for the double routines: an unevaluated sum hi + lo of two doubles, with
+// |lo| at most about half a unit in the last place of hi. The double routines carry the few
+// intermediates that decide their last bit in this form (a product of factors, an exponent
+// that exp magnifies, the last steps of a series) and everything else in plain double, so that
+// the result is rounded essentially once, at the end.
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+namespace qnum::special {
+
+struct DD {
+    double hi = 0, lo = 0;
+    DD() = default;
+    constexpr DD(double h) : hi(h) {}
+    constexpr DD(double h, double l) : hi(h), lo(l) {}
+    explicit operator double() const { return hi + lo; }
+};
+
+namespace dd {
+
+// a + b exactly as s + e.
+inline DD two_sum(double a, double b) {
+    const double s = a + b, bb = s - a;
+    return {s, (a - (s - bb)) + (b - bb)};
+}
+
+// a + b exactly as s + e when |a| >= |b| (or a = 0).
+inline DD quick_two_sum(double a, double b) {
+    const double s = a + b;
+    return {s, b - (s - a)};
+}
+
+// a = hi + lo with hi holding the upper 26 bits (Dekker's split); huge values are scaled so
+// that the splitting constant cannot overflow.
+inline void split(double a, double& hi, double& lo) {
+    constexpr double splitter = 134217729.0;  // 2^27 + 1
+    if (std::fabs(a) > 6.69692879491417e+299) {  // 2^996
+        const double s = a * 3.7252902984619140625e-09;  // 2^-28
+        const double c = splitter * s;
+        hi = (c - (c - s)) * 268435456.0;
+        lo = a - hi;
+        return;
+    }
+    const double c = splitter * a;
+    hi = c - (c - a);
+    lo = a - hi;
+}
+
+// a b exactly as p + e (Dekker), barring underflow of e.
+inline DD two_prod(double a, double b) {
+    const double p = a * b;
+    if (!std::isfinite(p)) return {p, 0};
+    double ah, al, bh, bl;
+    split(a, ah, al);
+    split(b, bh, bl);
+    return {p, ((ah * bh - p) + ah * bl + al * bh) + al * bl};
+}
+
+}  // namespace dd
+
+inline DD operator-(DD a) { return {-a.hi, -a.lo}; }
+
+inline DD operator+(DD a, DD b) {
+    const DD s = dd::two_sum(a.hi, b.hi);
+    return dd::quick_two_sum(s.hi, s.lo + (a.lo + b.lo));
+}
+inline DD operator+(DD a, double b) {
+    const DD s = dd::two_sum(a.hi, b);
+    return dd::quick_two_sum(s.hi, s.lo + a.lo);
+}
+inline DD operator+(double a, DD b) { return b + a; }
+inline DD operator-(DD a, DD b) { return a + (-b); }
+inline DD operator-(DD a, double b) { return a + (-b); }
+
+inline DD operator*(DD a, DD b) {
+    const DD p = dd::two_prod(a.hi, b.hi);
+    if (!std::isfinite(p.hi)) return p;
+    return dd::quick_two_sum(p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi));
+}
+inline DD operator*(DD a, double b) {
+    const DD p = dd::two_prod(a.hi, b);
+    if (!std::isfinite(p.hi)) return p;
+    return dd::quick_two_sum(p.hi, p.lo + a.lo * b);
+}
+inline DD operator*(double a, DD b) { return b * a; }
+namespace dd {
+// a b with the low parts summed but not renormalised: in a running product the next factor
+// then waits only for the multiplication of the high parts.
+inline DD lazy_product(DD a, DD b) {
+    const DD p = two_prod(a.hi, b.hi);
+    return {p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi)};
+}
+}  // namespace dd
+
+// a/b: the rounded quotient q and the exact remainder a - q b (a.hi - q b.hi to the last bit),
+// divided once more.
+inline DD operator/(DD a, DD b) {
+    const double q = a.hi / b.hi;
+    if (!std::isfinite(q) || q == 0) return {q, 0};
+    const DD p = dd::two_prod(q, b.hi);
+    return dd::quick_two_sum(q, ((((a.hi - p.hi) - p.lo) + a.lo) - q * b.lo) / b.hi);
+}
+
+// Comparisons (a double on either side converts exactly); false when either side is NaN.
+inline bool operator<(DD a, DD b) { return a.hi < b.hi || (a.hi == b.hi && a.lo < b.lo); }
+inline bool operator>(DD a, DD b) { return b < a; }
+inline bool operator<=(DD a, DD b) { return a.hi < b.hi || (a.hi == b.hi && a.lo <= b.lo); }
+inline bool operator==(DD a, DD b) { return a.hi == b.hi && a.lo == b.lo; }
+
+// log 2 in double-double.
+inline constexpr DD ln2_dd{0.6931471805599453, 2.3190468138462996e-17};
+
+inline DD fabs(DD a) { return a.hi < 0 || (a.hi == 0 && a.lo < 0) ? -a : a; }
+
+inline double fabs(double a) { return std::fabs(a); }
+inline long double fabs(long double a) { return std::fabs(a); }
+inline long double exp(long double a) { return std::exp(a); }
+inline long double log(long double a) { return std::log(a); }
+inline double exp(double a) { return std::exp(a); }
+inline double log(double a) { return std::log(a); }
+// exp(a) to about 2^-60 relative, by a = k ln2/64 + r, |r| <= ln2/128, and 2^(j/64) from a table.
+DD exp(DD a);
+// log(a), a > 0, with an error below 2^-60 max(1, |log a|): the rounded logarithm corrected by
+// one Newton step.
+DD log(DD a);
+// log(a) for a double a > 0 with an error below 2^-54 max(1, |log a|): k log 2 in double-double plus
+// log1p of a mantissa in [0.75, 1.5). Cheaper than log(DD) where that suffices.
+DD log_fast(double a);
+
+// A Chebyshev series c1/2 + sum_{k>=2} c_k T_{k-1}(t) (the first n of the coefficients `hi`,
+// whose first two carry the low parts lo[0], lo[1]) by Clenshaw's recurrence in double, four
+// steps at a time, with its last two steps in double-double. t.lo moves the result by its
+// derivative, which the last b_2 approximates. n >= 1.
+DD series(DD t, const double* hi, const double* lo, int n);
+
+}  // namespace qnum::special
