@@ -301,27 +301,24 @@ Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
     T res43 = 0, res87 = 0;
     for (int l = 1; l <= 3; ++l) {
         if (l == 1) {
-            // The 21 samples first, then the sums.
             for (int k = 0; k < 5; ++k) {
                 const T absc = hlgth * D::qng_x1[k];
-                fv1[k] = f(centr + absc);
-                fv2[k] = f(centr - absc);
+                const T f1 = f(centr + absc), f2 = f(centr - absc);
+                res10 += D::qng_w10[k] * (f1 + f2);
+                res21 += D::qng_w21a[k] * (f1 + f2);
+                resabs += D::qng_w21a[k] * (std::abs(f1) + std::abs(f2));
+                savfun[k] = f1 + f2;
+                fv1[k] = f1;
+                fv2[k] = f2;
             }
             for (int k = 0; k < 5; ++k) {
                 const T absc = hlgth * D::qng_x2[k];
-                fv3[k] = f(centr + absc);
-                fv4[k] = f(centr - absc);
-            }
-            for (int k = 0; k < 5; ++k) {
-                savfun[k] = fv1[k] + fv2[k];
-                res10 += D::qng_w10[k] * savfun[k];
-                res21 += D::qng_w21a[k] * savfun[k];
-                resabs += D::qng_w21a[k] * (std::abs(fv1[k]) + std::abs(fv2[k]));
-            }
-            for (int k = 0; k < 5; ++k) {
-                savfun[5 + k] = fv3[k] + fv4[k];
-                res21 += D::qng_w21b[k] * savfun[5 + k];
-                resabs += D::qng_w21b[k] * (std::abs(fv3[k]) + std::abs(fv4[k]));
+                const T f1 = f(centr + absc), f2 = f(centr - absc);
+                res21 += D::qng_w21b[k] * (f1 + f2);
+                resabs += D::qng_w21b[k] * (std::abs(f1) + std::abs(f2));
+                savfun[5 + k] = f1 + f2;
+                fv3[k] = f1;
+                fv4[k] = f2;
             }
             out.result = res21 * hlgth;
             resabs *= dhlgth;

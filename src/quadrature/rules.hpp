@@ -115,35 +115,32 @@ KronrodRule<T> kronrod_rule(int rule) {
 }
 
 // Applies the pair to g over [a, b]; g is the integrand, or the integrand times a weight.
-// The samples are taken first, Gauss nodes before the added Kronrod nodes, and summed after:
-// no partial sum waits in memory across a call of the integrand.
+// The sums are formed between the calls: their additions overlap the integrand's work.
 template <class T, class G>
 RuleOut<T> kronrod(const KronrodRule<T>& r, G&& g, T a, T b) {
     const int c = r.m - 1;
     const T centr = T(0.5) * (a + b), hlgth = T(0.5) * (b - a), dhlgth = std::abs(hlgth);
     T fv1[31], fv2[31];
     const T fc = g(centr);
-    for (int j = 1; j < c; j += 2) {
-        const T absc = hlgth * r.xgk[j];
-        fv1[j] = g(centr - absc);
-        fv2[j] = g(centr + absc);
-    }
-    for (int j = 0; j < c; j += 2) {
-        const T absc = hlgth * r.xgk[j];
-        fv1[j] = g(centr - absc);
-        fv2[j] = g(centr + absc);
-    }
     T resg = (c % 2 == 1) ? fc * r.wg[c / 2] : T(0);
     T resk = fc * r.wgk[c];
     T resabs = std::abs(resk);
     for (int j = 1; j < c; j += 2) {
-        resg += r.wg[j / 2] * (fv1[j] + fv2[j]);
-        resk += r.wgk[j] * (fv1[j] + fv2[j]);
-        resabs += r.wgk[j] * (std::abs(fv1[j]) + std::abs(fv2[j]));
+        const T absc = hlgth * r.xgk[j];
+        const T f1 = g(centr - absc), f2 = g(centr + absc);
+        fv1[j] = f1;
+        fv2[j] = f2;
+        resg += r.wg[j / 2] * (f1 + f2);
+        resk += r.wgk[j] * (f1 + f2);
+        resabs += r.wgk[j] * (std::abs(f1) + std::abs(f2));
     }
     for (int j = 0; j < c; j += 2) {
-        resk += r.wgk[j] * (fv1[j] + fv2[j]);
-        resabs += r.wgk[j] * (std::abs(fv1[j]) + std::abs(fv2[j]));
+        const T absc = hlgth * r.xgk[j];
+        const T f1 = g(centr - absc), f2 = g(centr + absc);
+        fv1[j] = f1;
+        fv2[j] = f2;
+        resk += r.wgk[j] * (f1 + f2);
+        resabs += r.wgk[j] * (std::abs(f1) + std::abs(f2));
     }
     const T reskh = resk * T(0.5);
     T resasc = r.wgk[c] * std::abs(fc - reskh);

@@ -49,6 +49,7 @@ struct Case {
     int code;         // rule, interval code or weight code
     double alpha, beta;
     int expected_code;  // the error the case raises (0: none)
+    int limit = 0;      // max_subinter (and Fourier cycles) when not the default
 };
 
 template <class T>
@@ -99,6 +100,19 @@ std::vector<Case<T>> battery() {
         {"qaws_exp_w4", "qaws_exp_w4", Kind::qaws, b_expm<T>, 0, 1, 0, 4, -0.5, 0.3, 0},
         {"qaws_peak_w1", "qaws_peak_w1", Kind::qaws, b_peak<T>, 0, 1, 0, 1, -0.5, 0, 0},
         {"qaws_peak_w4", "qaws_peak_w4", Kind::qaws, b_peak<T>, 0, 1, 0, 4, 0.5, -0.5, 0},
+        // Runs cut short by a small limit: the end game of each step near its limit.
+        {"qag_peak_lim3", "qag_peak", Kind::qag, b_peak<T>, 0, 1, 0, 2, 0, 0, 4007, 3},
+        {"qags_xm09log_lim6", "xm09log", Kind::qags, b_xm09log<T>, 0, 1, 0, 0, 0, 0, 4007, 6},
+        {"qags_logsqrt_lim5", "logsqrt", Kind::qags, b_logsqrt<T>, 0, 1, 0, 0, 0, 0, 4007, 5},
+        {"qagi_log100_lim8", "qagi_log100_1", Kind::qagi, b_log100<T>, 0, 0, 0, 1, 0, 0, 4007, 8},
+        {"qagp_cubiclog_lim13", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 4007, 13},
+        {"qagp_cubiclog_lim17", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 4007, 17},
+        {"qawo_log_sin_lim6", "qawo_log_sin", Kind::qawo, b_guardlog<T>, 0, 1, 10 * pi, 2, 0, 0, 4007, 6},
+        {"qawc_cubic_lim4", "qawc_cubic", Kind::qawc, b_cubic_c<T>, -1, 5, 0, 0, 0, 0, 4007, 4},
+        {"qaws_peak_w1_lim6", "qaws_peak_w1", Kind::qaws, b_peak<T>, 0, 1, 0, 1, -0.5, 0, sizeof(T) == 8 ? 4007 : 0, 6},
+        {"qawf_lorentz_cos_lim4", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 4021, 4},
+        {"qawf_xlorentz_sin_lim5", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 4021, 5},
+        {"qawf_expm_sin_lim3", "qawf_expm_sin", Kind::qawf, b_expm<T>, 0, 0, 2, 2, 0, 0, 4021, 3},
     };
 }
 
@@ -136,25 +150,28 @@ template <class T>
 T run_case(const Case<T>& k, Counts<T>& out) {
     using A = Api<T>;
     const T a = T(k.a), b = T(k.b), c = T(k.c);
+    // The limit, when one is given, ends every option list; a 0 in its place ends it early.
+    // The reference port's Fourier limit bounds the cycles, and one short, each cycle's lists.
+    const int lim = k.limit > 0 ? QNUM_MAX_SUBINTER : 0, cyc = k.limit > 0 ? QNUM_MAX_CYCLES : 0;
     switch (k.kind) {
     case Kind::qag:
         return A::fcn(k.f, a, b, QNUM_RULE, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                      QNUM_N_SUBINTER, &out.n_subinter, 0);
+                      QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
     case Kind::qags:
         return A::sing(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                       &out.n_subinter, 0);
+                       &out.n_subinter, lim, k.limit, 0);
     case Kind::qagi:
         return A::inf(k.f, c, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                      &out.n_subinter, 0);
+                      &out.n_subinter, lim, k.limit, 0);
     case Kind::qawo:
         return A::trig(k.f, c, k.code, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                       QNUM_N_SUBINTER, &out.n_subinter, 0);
+                       QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
     case Kind::qawf:
         return A::fourier(k.f, c, k.code, a, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                          QNUM_N_SUBINTER, &out.n_subinter, 0);
+                          QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit - 1, cyc, k.limit, 0);
     case Kind::qawc:
         return A::cauchy(k.f, a, b, c, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                         &out.n_subinter, 0);
+                         &out.n_subinter, lim, k.limit, 0);
     case Kind::qng:
         return A::smooth(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, 0);
     case Kind::qagp: {
@@ -162,11 +179,11 @@ T run_case(const Case<T>& k, Counts<T>& out) {
         const T step[1] = {T(1) / 3};
         const bool two = k.f == b_qagp<T>;
         return A::sing_pts(k.f, a, b, two ? 2 : 1, two ? pts : step, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, 0);
+                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
     }
     case Kind::qaws:
         return A::alg_log(k.f, a, b, k.code, T(k.alpha), T(k.beta), QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                          &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, 0);
+                          &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
     }
     return 0;
 }

@@ -37,12 +37,15 @@ TYPED_TEST(Battery, ResultsMeetTheToleranceAndTheEstimateCoversTheError) {
         const T r = run_case(k, c);
         EXPECT_EQ(last_code(), k.expected_code);
         EXPECT_GT(c.n_evals, 0);
+        const double slack = std::is_same_v<T, float> ? 8 * Prec<T>::eps() * std::abs(exact) : 0.0;
         if (k.expected_code != 0) {
-            EXPECT_TRUE(std::isnan(r));
-            EXPECT_GT(c.err_est, tol * std::abs(exact));
+            // A fatal outcome returns NaN, a warning its best estimate; the estimate admits the miss.
+            if (last_type() >= 4) EXPECT_TRUE(std::isnan(r));
+            else EXPECT_LE(std::abs(r - exact), c.err_est + slack) << "result " << r << " exact " << exact;
+            // The cycle limit is reported even when the last cycle's extrapolation converged.
+            if (k.expected_code != 4021) EXPECT_GT(c.err_est, tol * std::abs(exact));
             continue;
         }
-        const double slack = std::is_same_v<T, float> ? 8 * Prec<T>::eps() * std::abs(exact) : 0.0;
         EXPECT_LE(std::abs(r - exact), c.err_est + slack) << "result " << r << " exact " << exact;
         EXPECT_LE(c.err_est, std::max(tol, tol * std::abs(r)) * (1 + 4 * Prec<T>::eps()));
     }
