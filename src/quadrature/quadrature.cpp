@@ -49,25 +49,53 @@ template <class T>
 void read_options(Settings<T>& s, frame::Options& opt, unsigned accepts) {
     while (int code = opt.next()) {
         const bool lists = accepts & takes_lists;
-        if (code == QNUM_ERR_ABS) s.err_abs = static_cast<T>(opt.get<double>());
-        else if (code == QNUM_ERR_REL) s.err_rel = static_cast<T>(opt.get<double>());
-        else if (code == QNUM_ERR_ABS_ADR) { if (T* p = opt.ptr<T>("err_abs", "QNUM_ERR_ABS_ADR")) s.err_abs = *p; }
-        else if (code == QNUM_ERR_REL_ADR) { if (T* p = opt.ptr<T>("err_rel", "QNUM_ERR_REL_ADR")) s.err_rel = *p; }
-        else if (code == QNUM_ERR_EST) s.err_est = opt.ptr<T>("err_est", "QNUM_ERR_EST");
-        else if (code == QNUM_N_EVALS) s.n_evals = opt.ptr<int>("n_evals", "QNUM_N_EVALS");
-        else if (code == QNUM_FCN_W_DATA) {
+        switch (code) {
+        case QNUM_ERR_ABS: s.err_abs = static_cast<T>(opt.get<double>()); continue;
+        case QNUM_ERR_REL: s.err_rel = static_cast<T>(opt.get<double>()); continue;
+        case QNUM_ERR_ABS_ADR:
+            if (T* p = opt.ptr<T>("err_abs", "QNUM_ERR_ABS_ADR")) s.err_abs = *p;
+            continue;
+        case QNUM_ERR_REL_ADR:
+            if (T* p = opt.ptr<T>("err_rel", "QNUM_ERR_REL_ADR")) s.err_rel = *p;
+            continue;
+        case QNUM_ERR_EST: s.err_est = opt.ptr<T>("err_est", "QNUM_ERR_EST"); continue;
+        case QNUM_N_EVALS: s.n_evals = opt.ptr<int>("n_evals", "QNUM_N_EVALS"); continue;
+        case QNUM_FCN_W_DATA:
             s.fcn.with_data = opt.get<T (*)(T, void*)>();
             s.fcn.data = opt.get<void*>();
             s.fcn.plain = nullptr;  // a null function here is a missing integrand, not a fallback
-        } else if (code == QNUM_RULE && (accepts & takes_rule)) s.rule = opt.get<int>();
-        else if (code == QNUM_MAX_SUBINTER && lists) s.max_subinter = opt.get<int>();
-        else if (code == QNUM_N_SUBINTER && lists) s.n_subinter = opt.ptr<int>("n_subinter", "QNUM_N_SUBINTER");
-        else if (code == QNUM_ERR_LIST_USER && lists) s.err_list = opt.ptr<T>("err_list", "QNUM_ERR_LIST_USER");
-        else if (code == QNUM_ORDER_LIST_USER && lists)
+            continue;
+        case QNUM_RULE:
+            if (!(accepts & takes_rule)) break;
+            s.rule = opt.get<int>();
+            continue;
+        case QNUM_MAX_SUBINTER:
+            if (!lists) break;
+            s.max_subinter = opt.get<int>();
+            continue;
+        case QNUM_N_SUBINTER:
+            if (!lists) break;
+            s.n_subinter = opt.ptr<int>("n_subinter", "QNUM_N_SUBINTER");
+            continue;
+        case QNUM_ERR_LIST_USER:
+            if (!lists) break;
+            s.err_list = opt.ptr<T>("err_list", "QNUM_ERR_LIST_USER");
+            continue;
+        case QNUM_ORDER_LIST_USER:
+            if (!lists) break;
             s.order_list = opt.ptr<int>("order_list", "QNUM_ORDER_LIST_USER");
-        else if (code == QNUM_MAX_MOMENTS && (accepts & takes_moments)) s.max_moments = opt.get<int>();
-        else if (code == QNUM_MAX_CYCLES && (accepts & takes_cycles)) s.max_cycles = opt.get<int>();
-        else opt.unknown(code);
+            continue;
+        case QNUM_MAX_MOMENTS:
+            if (!(accepts & takes_moments)) break;
+            s.max_moments = opt.get<int>();
+            continue;
+        case QNUM_MAX_CYCLES:
+            if (!(accepts & takes_cycles)) break;
+            s.max_cycles = opt.get<int>();
+            continue;
+        default: break;
+        }
+        opt.unknown(code);
     }
 }
 
