@@ -36,6 +36,7 @@ template <class T> T b_sqrtshift(T x) { return std::sqrt(x + T(0.01)); }
 template <class T> T b_qagp(T x) { return x * x * x * std::log(std::abs((x * x - 1) * (x * x - 2))); }
 template <class T> T b_one(T) { return 1; }
 template <class T> T b_cos(T x) { return std::cos(x); }
+template <class T> T b_twoends(T x) { return 1 / std::sqrt(x) + 1 / std::sqrt(1 - x); }
 
 enum class Kind { qag, qags, qagi, qawo, qawf, qawc, qng, qagp, qaws };
 
@@ -50,6 +51,7 @@ struct Case {
     double alpha, beta;
     int expected_code;  // the error the case raises (0: none)
     int limit = 0;      // max_subinter (and Fourier cycles) when not the default
+    double rel = 0;     // with a limit: err_rel, with err_abs 0 (0: the defaults)
 };
 
 template <class T>
@@ -72,6 +74,7 @@ std::vector<Case<T>> battery() {
         {"qags_xm05log", "xm05log", Kind::qags, b_xm05log<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qags_logsqrt", "logsqrt", Kind::qags, b_logsqrt<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qags_peak", "qag_peak", Kind::qags, b_peak<T>, 0, 1, 0, 0, 0, 0, 0},
+        {"qags_twoends", "twoends", Kind::qags, b_twoends<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qagi_lorentz_2", "qagi_lorentz_2", Kind::qagi, b_lorentz<T>, 0, 0, 0, 2, 0, 0, 0},
         {"qagi_x2exp_1", "qagi_x2exp_1", Kind::qagi, b_x2exp<T>, 0, 0, 0, 1, 0, 0, 0},
         {"qagi_log100_1", "qagi_log100_1", Kind::qagi, b_log100<T>, 0, 0, 0, 1, 0, 0, 0},
@@ -99,6 +102,7 @@ std::vector<Case<T>> battery() {
         {"qaws_exp_w3", "qaws_exp_w3", Kind::qaws, b_expm<T>, 0, 2, 0, 3, 0.5, -0.3, 0},
         {"qaws_exp_w4", "qaws_exp_w4", Kind::qaws, b_expm<T>, 0, 1, 0, 4, -0.5, 0.3, 0},
         {"qaws_peak_w1", "qaws_peak_w1", Kind::qaws, b_peak<T>, 0, 1, 0, 1, -0.5, 0, 0},
+        {"qaws_peak_right", "qaws_peak_right", Kind::qaws, b_peak<T>, 0, 0.5, 0, 1, -0.5, 0, 0},
         {"qaws_peak_w4", "qaws_peak_w4", Kind::qaws, b_peak<T>, 0, 1, 0, 4, 0.5, -0.5, 0},
         // Runs cut short by a small limit: the end game of each step near its limit.
         {"qag_peak_lim3", "qag_peak", Kind::qag, b_peak<T>, 0, 1, 0, 2, 0, 0, 4007, 3},
@@ -106,6 +110,9 @@ std::vector<Case<T>> battery() {
         {"qags_logsqrt_lim5", "logsqrt", Kind::qags, b_logsqrt<T>, 0, 1, 0, 0, 0, 0, 4007, 5},
         {"qagi_log100_lim8", "qagi_log100_1", Kind::qagi, b_log100<T>, 0, 0, 0, 1, 0, 0, 4007, 8},
         {"qagp_cubiclog_lim13", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 4007, 13},
+        // Far below what the integrand's rounding allows: roundoff stops the extrapolation.
+        {"qagp_cubiclog_tight", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0,
+         sizeof(T) == 8 ? 4018 : 4008, 500, 1e-14},
         {"qagp_cubiclog_lim17", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 4007, 17},
         {"qawo_log_sin_lim6", "qawo_log_sin", Kind::qawo, b_guardlog<T>, 0, 1, 10 * pi, 2, 0, 0, 4007, 6},
         {"qawc_cubic_lim4", "qawc_cubic", Kind::qawc, b_cubic_c<T>, -1, 5, 0, 0, 0, 0, 4007, 4},
@@ -153,6 +160,7 @@ T run_case(const Case<T>& k, Counts<T>& out) {
     // The limit, when one is given, ends every option list; a 0 in its place ends it early.
     // The reference port's Fourier limit bounds the cycles, and one short, each cycle's lists.
     const int lim = k.limit > 0 ? QNUM_MAX_SUBINTER : 0, cyc = k.limit > 0 ? QNUM_MAX_CYCLES : 0;
+    const int rel = k.rel > 0 ? QNUM_ERR_REL : 0;
     switch (k.kind) {
     case Kind::qag:
         return A::fcn(k.f, a, b, QNUM_RULE, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
@@ -179,7 +187,8 @@ T run_case(const Case<T>& k, Counts<T>& out) {
         const T step[1] = {T(1) / 3};
         const bool two = k.f == b_qagp<T>;
         return A::sing_pts(k.f, a, b, two ? 2 : 1, two ? pts : step, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
+                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, rel, k.rel,
+                           QNUM_ERR_ABS, 0.0, 0);
     }
     case Kind::qaws:
         return A::alg_log(k.f, a, b, k.code, T(k.alpha), T(k.beta), QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,

@@ -43,7 +43,7 @@ TYPED_TEST(Battery, ResultsMeetTheToleranceAndTheEstimateCoversTheError) {
             if (last_type() >= 4) EXPECT_TRUE(std::isnan(r));
             else EXPECT_LE(std::abs(r - exact), c.err_est + slack) << "result " << r << " exact " << exact;
             // The cycle limit is reported even when the last cycle's extrapolation converged.
-            if (k.expected_code != 4021) EXPECT_GT(c.err_est, tol * std::abs(exact));
+            if (k.expected_code != 4021) EXPECT_GT(c.err_est, (k.rel > 0 ? T(k.rel) : tol) * std::abs(exact));
             continue;
         }
         EXPECT_LE(std::abs(r - exact), c.err_est + slack) << "result " << r << " exact " << exact;
@@ -66,6 +66,7 @@ TEST(BatteryCounts, EvaluationsAndSubintervalsEqualThoseOfTheReferencePort) {
         int n_evals = 0, n_subinter = 0, status = 0;
         double result = 0, abserr = 0;
         s >> routine >> n_evals >> n_subinter >> status >> result >> abserr;
+        if (status == 13) continue;  // the port refuses tolerances below 50 eps: nothing to compare
         Counts<double> c;
         const double r = run_case(k, c);
         EXPECT_EQ(c.n_evals, n_evals);

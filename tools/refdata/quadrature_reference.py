@@ -50,6 +50,7 @@ cases = [
     ("xm09log", 1 / mp.mpf('0.1') ** 2),
     ("xm05log", 1 / mp.mpf('0.5') ** 2),
     ("logsqrt", mp.mpf(-4)),
+    ("twoends", mp.mpf(4)),  # 2 from each end
     ("qagi_lorentz_2", pi),
     ("qagi_x2exp_1", mp.mpf(2)),
     ("qagi_log100_1", -pi * log(10) / 20),
@@ -73,6 +74,7 @@ cases = [
     ("qaws_exp_w3", alg_log(lambda x: exp(-x), 0, 2, 3, mp.mpf('0.5'), mp.mpf('-0.3'))),
     ("qaws_exp_w4", alg_log(lambda x: exp(-x), 0, 1, 4, mp.mpf('-0.5'), mp.mpf('0.3'))),
     ("qaws_peak_w1", q(lambda x: x ** -0.5 / ((x - 0.3) ** 2 + 0.001), [0, 0.3, 1])),
+    ("qaws_peak_right", q(lambda x: x ** -0.5 / ((x - 0.3) ** 2 + 0.001), [0, 0.3, 0.5])),
     ("qaws_peak_w4", q(lambda x: x ** 0.5 * (1 - x) ** -0.5 * log(x) * log(1 - x) / ((x - 0.3) ** 2 + 0.001),
                        [0, 0.3, 1])),
 ]
