@@ -46,6 +46,7 @@ cases = [
     ("qag_peak", (mp.atan(0.7 / sqrt(mp.mpf('0.001'))) + mp.atan(0.3 / sqrt(mp.mpf('0.001')))) / sqrt(mp.mpf('0.001'))),
     ("qag_xsin", -2 * pi / 30),
     ("qag_step", step + e - exp(step)),
+    ("xm099", mp.mpf(100)),
     ("x26log", 1 / mp.mpf('3.6') ** 2),
     ("xm09log", 1 / mp.mpf('0.1') ** 2),
     ("xm05log", 1 / mp.mpf('0.5') ** 2),
