@@ -85,6 +85,7 @@ std::vector<Case<T>> battery() {
         {"qawo_log_sin", "qawo_log_sin", Kind::qawo, b_guardlog<T>, 0, 1, 10 * pi, 2, 0, 0, 0},
         {"qawo_exp_cos", "qawo_exp_cos", Kind::qawo, b_expm<T>, 0, 2, 20, 1, 0, 0, 0},
         {"qawo_lorentz_cos", "qawo_lorentz_cos", Kind::qawo, b_lorentz<T>, -1, 4, 3, 1, 0, 0, 0},
+        {"qawo_peak_sym", "qawo_peak_sym", Kind::qawo, b_peak<T>, -1, 1, 3, 1, 0, 0, 0},
         {"qawo_peak_sin", "qawo_peak_sin", Kind::qawo, b_peak<T>, 0, 1, 40, 2, 0, 0, 0},
         {"qawf_lorentz_cos", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 0},
         {"qawf_xlorentz_sin", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 0},

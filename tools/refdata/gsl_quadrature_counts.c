@@ -63,6 +63,7 @@ static const struct Case cases[] = {
     {"qawo_log_sin", QAWO, b_guardlog, 0, 1, 10 * PI, 2, 0, 0},
     {"qawo_exp_cos", QAWO, b_expm, 0, 2, 20, 1, 0, 0},
     {"qawo_lorentz_cos", QAWO, b_lorentz, -1, 4, 3, 1, 0, 0},
+    {"qawo_peak_sym", QAWO, b_peak, -1, 1, 3, 1, 0, 0},
     {"qawo_peak_sin", QAWO, b_peak, 0, 1, 40, 2, 0, 0},
     {"qawf_lorentz_cos", QAWF, b_lorentz, 0, 0, 1, 1, 0, 0},
     {"qawf_xlorentz_sin", QAWF, b_xlorentz, 0, 0, 1, 2, 0, 0},

@@ -59,6 +59,7 @@ cases = [
     ("qawo_log_sin", q(lambda x: log(x) * sin(10 * pi * x), mp.linspace(0, 1, 41))),
     ("qawo_exp_cos", q(lambda x: exp(-x) * cos(20 * x), mp.linspace(0, 2, 41))),
     ("qawo_lorentz_cos", q(lambda x: cos(3 * x) / (1 + x * x), [-1, 0, 1, 2, 3, 4])),
+    ("qawo_peak_sym", q(lambda x: cos(3 * x) / ((x - 0.3) ** 2 + 0.001), [-1, 0.3, 1])),
     ("qawo_peak_sin", q(lambda x: sin(40 * x) / ((x - 0.3) ** 2 + 0.001), mp.linspace(0, 1, 41))),
     ("qawf_lorentz_cos", pi / (2 * e)),
     ("qawf_xlorentz_sin", pi / (2 * e)),
