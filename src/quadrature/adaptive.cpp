@@ -13,7 +13,7 @@ namespace qnum::quadrature {
 
 template <class T>
 void Epsilon<T>::extrapolate(T& result, T& abserr) {
-    const T epmach = Prec<T>::eps(), oflow = Prec<T>::huge();
+    const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
     T* e = epstab - 1;  // 1-based, as the table's diagonals are counted
     ++nres;
     abserr = oflow;
@@ -91,8 +91,8 @@ void Epsilon<T>::extrapolate(T& result, T& abserr) {
 }
 
 template <class T>
-Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, const Lists<T>& w) {
-    const T epmach = Prec<T>::eps();
+Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, Lists<T>& w) {
+    const T epmach = Mach<T>::eps;
     const KronrodRule<T> kr = kronrod_rule<T>(rule);
     auto apply = [&](T lo, T hi) { return kronrod(kr, f, lo, hi); };
     Outcome<T> out;
@@ -123,8 +123,8 @@ Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, const Lists
 // of the interval with the largest error, and once the small intervals dominate, the epsilon
 // algorithm on the sequence of totals obtained by refining only the large ones.
 template <class T, class Rule>
-Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lists<T>& w) {
-    const T epmach = Prec<T>::eps(), oflow = Prec<T>::huge();
+Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, Lists<T>& w) {
+    const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
     Outcome<T> out;
     RuleOut<T> r = apply(a, b);
     w.alist[0] = a;
@@ -157,7 +157,7 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lis
     const int ksgn = dres >= (T(1) - T(50) * epmach) * defabs ? 1 : -1;
     int last = 1;
     bool summed = false;  // leave with the plain sum of the lists
-    while (last < w.limit) {
+    while (last < w.limit && w.reserve(last)) {
         const T a1 = w.alist[maxerr], b1 = T(0.5) * (w.alist[maxerr] + w.blist[maxerr]);
         const T a2 = b1, b2 = w.blist[maxerr];
         const T erlast = errmax;
@@ -273,14 +273,14 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, const Lis
 }
 
 template <class T>
-Outcome<T> step_qags(Integrand<T>& f, T a, T b, Tol<T> tol, const Lists<T>& w) {
+Outcome<T> step_qags(Integrand<T>& f, T a, T b, Tol<T> tol, Lists<T>& w) {
     const KronrodRule<T> kr = kronrod_rule<T>(2);
     return extrapolating([&](T lo, T hi) { return kronrod(kr, f, lo, hi); }, a, b,
                          std::abs(b - a) * T(0.375), tol, w);
 }
 
 template <class T>
-Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, const Lists<T>& w) {
+Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, Lists<T>& w) {
     const T boun = inf == 2 ? T(0) : bound;
     const T dir = inf == -1 ? T(-1) : T(1);
     return extrapolating([&](T lo, T hi) { return kronrod_infinite(f, boun, dir, inf == 2, lo, hi); }, T(0),
@@ -290,7 +290,6 @@ Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, const Lists<
 template <class T>
 Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
     using D = tables::Data<T>;
-    const T epmach = Prec<T>::eps(), uflow = Prec<T>::tiny();
     const T hlgth = T(0.5) * (b - a), dhlgth = std::abs(hlgth), centr = T(0.5) * (b + a);
     const T fcentr = f(centr);
     T savfun[21], fv1[5], fv2[5], fv3[5], fv4[5];
@@ -335,7 +334,8 @@ Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
             for (int k = 0; k < 10; ++k) res43 += savfun[k] * D::qng_w43a[k];
             for (int k = 0; k < 11; ++k) {
                 const T absc = hlgth * D::qng_x3[k];
-                const T fval = f(absc + centr) + f(centr - absc);
+                const T f1 = f(absc + centr);
+                const T fval = f1 + f(centr - absc);
                 res43 += fval * D::qng_w43b[k];
                 savfun[10 + k] = fval;
             }
@@ -346,14 +346,13 @@ Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
             for (int k = 0; k < 21; ++k) res87 += savfun[k] * D::qng_w87a[k];
             for (int k = 0; k < 22; ++k) {
                 const T absc = hlgth * D::qng_x4[k];
-                res87 += D::qng_w87b[k] * (f(absc + centr) + f(centr - absc));
+                const T f1 = f(absc + centr);
+                res87 += D::qng_w87b[k] * (f1 + f(centr - absc));
             }
             out.result = res87 * hlgth;
             out.abserr = std::abs((res87 - res43) * hlgth);
         }
-        if (resasc != 0 && out.abserr != 0)
-            out.abserr = resasc * std::min(T(1), std::pow(T(200) * out.abserr / resasc, T(1.5)));
-        if (resabs > uflow / (T(50) * epmach)) out.abserr = std::max(epmach * T(50) * resabs, out.abserr);
+        out.abserr = scaled_error(out.abserr, resabs, resasc);
         if (out.abserr <= std::max(tol.epsabs, tol.epsrel * std::abs(out.result))) {
             out.ier = converged;
             break;
@@ -363,15 +362,17 @@ Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
 }
 
 template <class T>
-Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T> tol, const Lists<T>& w) {
-    const T epmach = Prec<T>::eps(), oflow = Prec<T>::huge();
+Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T> tol, Lists<T>& w) {
+    const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
     const KronrodRule<T> kr = kronrod_rule<T>(2);
     auto apply = [&](T lo, T hi) { return kronrod(kr, f, lo, hi); };
     const int nint = npts + 1;
     const T sign = a > b ? T(-1) : T(1);
     Outcome<T> out;
     // The break points, sorted, between the ordered end points; they live in blist until the
-    // intervals are formed (limit > npts leaves room for all of them).
+    // intervals are formed (limit > npts leaves room for all of them; blist has one entry
+    // more than the others).
+    if (!w.reserve(nint - 1)) return out;
     T* pts = w.blist;
     pts[0] = std::min(a, b);
     for (int i = 0; i < npts; ++i) pts[i + 1] = points[i];
@@ -441,7 +442,7 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
     abserr = oflow;
     const int ksgn = dres >= (T(1) - T(50) * epmach) * resabs ? 1 : -1;
     bool summed = false;
-    while (last < w.limit) {
+    while (last < w.limit && w.reserve(last)) {
         const int levcur = w.level[maxerr] + 1;
         const T a1x = w.alist[maxerr], b1 = T(0.5) * (w.alist[maxerr] + w.blist[maxerr]);
         const T a2 = b1, b2 = w.blist[maxerr];
@@ -546,10 +547,10 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
 
 #define QNUM_INSTANTIATE(T)                                                                            \
     template struct Epsilon<T>;                                                                        \
-    template Outcome<T> step_qag(Integrand<T>&, T, T, Tol<T>, int, const Lists<T>&);                  \
-    template Outcome<T> step_qags(Integrand<T>&, T, T, Tol<T>, const Lists<T>&);                      \
-    template Outcome<T> step_qagi(Integrand<T>&, T, int, Tol<T>, const Lists<T>&);                    \
-    template Outcome<T> step_qagp(Integrand<T>&, T, T, int, const T*, Tol<T>, const Lists<T>&);       \
+    template Outcome<T> step_qag(Integrand<T>&, T, T, Tol<T>, int, Lists<T>&);                  \
+    template Outcome<T> step_qags(Integrand<T>&, T, T, Tol<T>, Lists<T>&);                      \
+    template Outcome<T> step_qagi(Integrand<T>&, T, int, Tol<T>, Lists<T>&);                    \
+    template Outcome<T> step_qagp(Integrand<T>&, T, T, int, const T*, Tol<T>, Lists<T>&);       \
     template Outcome<T> step_qng(Integrand<T>&, T, T, Tol<T>);
 QNUM_INSTANTIATE(float)
 QNUM_INSTANTIATE(double)

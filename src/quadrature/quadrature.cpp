@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 #include "frame/prec.hpp"
 #include "quadrature/steps.hpp"
@@ -29,8 +30,8 @@ enum Accepts : unsigned {
 
 template <class T>
 struct Settings {
-    T err_abs = std::sqrt(Prec<T>::eps());
-    T err_rel = std::sqrt(Prec<T>::eps());
+    T err_abs = Mach<T>::root_eps;
+    T err_rel = Mach<T>::root_eps;
     int rule = 2;
     int max_subinter = 500;
     int max_moments = 21;
@@ -48,25 +49,53 @@ template <class T>
 void read_options(Settings<T>& s, frame::Options& opt, unsigned accepts) {
     while (int code = opt.next()) {
         const bool lists = accepts & takes_lists;
-        if (code == QNUM_ERR_ABS) s.err_abs = static_cast<T>(opt.get<double>());
-        else if (code == QNUM_ERR_REL) s.err_rel = static_cast<T>(opt.get<double>());
-        else if (code == QNUM_ERR_ABS_ADR) { if (T* p = opt.ptr<T>("err_abs", "QNUM_ERR_ABS_ADR")) s.err_abs = *p; }
-        else if (code == QNUM_ERR_REL_ADR) { if (T* p = opt.ptr<T>("err_rel", "QNUM_ERR_REL_ADR")) s.err_rel = *p; }
-        else if (code == QNUM_ERR_EST) s.err_est = opt.ptr<T>("err_est", "QNUM_ERR_EST");
-        else if (code == QNUM_N_EVALS) s.n_evals = opt.ptr<int>("n_evals", "QNUM_N_EVALS");
-        else if (code == QNUM_FCN_W_DATA) {
+        switch (code) {
+        case QNUM_ERR_ABS: s.err_abs = static_cast<T>(opt.get<double>()); continue;
+        case QNUM_ERR_REL: s.err_rel = static_cast<T>(opt.get<double>()); continue;
+        case QNUM_ERR_ABS_ADR:
+            if (T* p = opt.ptr<T>("err_abs", "QNUM_ERR_ABS_ADR")) s.err_abs = *p;
+            continue;
+        case QNUM_ERR_REL_ADR:
+            if (T* p = opt.ptr<T>("err_rel", "QNUM_ERR_REL_ADR")) s.err_rel = *p;
+            continue;
+        case QNUM_ERR_EST: s.err_est = opt.ptr<T>("err_est", "QNUM_ERR_EST"); continue;
+        case QNUM_N_EVALS: s.n_evals = opt.ptr<int>("n_evals", "QNUM_N_EVALS"); continue;
+        case QNUM_FCN_W_DATA:
             s.fcn.with_data = opt.get<T (*)(T, void*)>();
             s.fcn.data = opt.get<void*>();
             s.fcn.plain = nullptr;  // a null function here is a missing integrand, not a fallback
-        } else if (code == QNUM_RULE && (accepts & takes_rule)) s.rule = opt.get<int>();
-        else if (code == QNUM_MAX_SUBINTER && lists) s.max_subinter = opt.get<int>();
-        else if (code == QNUM_N_SUBINTER && lists) s.n_subinter = opt.ptr<int>("n_subinter", "QNUM_N_SUBINTER");
-        else if (code == QNUM_ERR_LIST_USER && lists) s.err_list = opt.ptr<T>("err_list", "QNUM_ERR_LIST_USER");
-        else if (code == QNUM_ORDER_LIST_USER && lists)
+            continue;
+        case QNUM_RULE:
+            if (!(accepts & takes_rule)) break;
+            s.rule = opt.get<int>();
+            continue;
+        case QNUM_MAX_SUBINTER:
+            if (!lists) break;
+            s.max_subinter = opt.get<int>();
+            continue;
+        case QNUM_N_SUBINTER:
+            if (!lists) break;
+            s.n_subinter = opt.ptr<int>("n_subinter", "QNUM_N_SUBINTER");
+            continue;
+        case QNUM_ERR_LIST_USER:
+            if (!lists) break;
+            s.err_list = opt.ptr<T>("err_list", "QNUM_ERR_LIST_USER");
+            continue;
+        case QNUM_ORDER_LIST_USER:
+            if (!lists) break;
             s.order_list = opt.ptr<int>("order_list", "QNUM_ORDER_LIST_USER");
-        else if (code == QNUM_MAX_MOMENTS && (accepts & takes_moments)) s.max_moments = opt.get<int>();
-        else if (code == QNUM_MAX_CYCLES && (accepts & takes_cycles)) s.max_cycles = opt.get<int>();
-        else opt.unknown(code);
+            continue;
+        case QNUM_MAX_MOMENTS:
+            if (!(accepts & takes_moments)) break;
+            s.max_moments = opt.get<int>();
+            continue;
+        case QNUM_MAX_CYCLES:
+            if (!(accepts & takes_cycles)) break;
+            s.max_cycles = opt.get<int>();
+            continue;
+        default: break;
+        }
+        opt.unknown(code);
     }
 }
 
@@ -98,37 +127,65 @@ void check_tolerances(const Settings<T>& s, int min_lists, bool uses_rule, bool 
         frame::raise(Type::Terminal, err::fourier_needs_err_abs, Real{s.err_abs});
 }
 
-// The subinterval lists of one call, in one allocation: the caller's error and order lists
-// when given. The right-end list may need more room than max_subinter (break points).
+// The subinterval lists of one call: a few entries here, then one allocation of the full
+// length when the step needs more (the caller's error and order lists, when given, are used
+// from the start). The right-end list may need more room than max_subinter (break points).
 template <class T>
-struct Storage {
-    void* block = nullptr;
-    Lists<T> w{};
-
-    Storage() = default;
-    ~Storage() { std::free(block); }
+class Storage {
+public:
+    Storage(const Settings<T>& s, int blist_length) : blist_length_(blist_length) {
+        w.alist = alist_;
+        w.blist = blist_;
+        w.rlist = rlist_;
+        w.elist = s.err_list ? s.err_list : elist_;
+        w.iord = s.order_list ? s.order_list : iord_;
+        w.level = level_;
+        w.limit = s.max_subinter;
+        w.room = std::min(s.max_subinter, small);
+        w.grow = &Storage::grow;
+        w.owner = this;
+    }
+    ~Storage() { std::free(block_); }
     Storage(const Storage&) = delete;
     Storage& operator=(const Storage&) = delete;
 
-    bool allocate(const Settings<T>& s, int blist_length) {
-        const long long n = s.max_subinter, nb = std::max<long long>(n, blist_length);
+    Lists<T> w{};
+
+private:
+    static constexpr int small = 16;
+
+    static bool grow(Lists<T>& w, void* owner) {
+        Storage& st = *static_cast<Storage*>(owner);
+        if (st.block_ != nullptr) return false;  // already at the full length
+        const long long n = w.limit, nb = std::max<long long>(n, st.blist_length_);
         // Per list entry: alist, rlist, elist, blist (reals), iord and level (ints); the
         // reals first keep every list aligned.
         const std::size_t per = 4 * sizeof(T) + 2 * sizeof(int);
         const long long extra = (nb - n) * static_cast<long long>(sizeof(T)) / static_cast<long long>(per) + 1;
-        block = frame::allocate(n + extra, per, "max_subinter");  // 201 names max_subinter
-        if (block == nullptr) return false;
-        T* r = static_cast<T*>(block);
-        w.alist = r;
-        w.rlist = r + n;
-        w.elist = s.err_list ? s.err_list : r + 2 * n;
-        w.blist = r + 3 * n;
+        st.block_ = frame::allocate(n + extra, per, "max_subinter");  // 201 names max_subinter
+        if (st.block_ == nullptr) return false;
+        T* r = static_cast<T*>(st.block_);
+        const int k = w.room;
+        // Entries past the ones in use are copied as they are, unread.
+        auto move = [k](auto*& list, auto* to) {
+            std::memcpy(to, list, k * sizeof *list);
+            list = to;
+        };
+        move(w.alist, r);
+        move(w.rlist, r + n);
+        if (w.elist == st.elist_) move(w.elist, r + 2 * n);
+        move(w.blist, r + 3 * n);
         int* i = reinterpret_cast<int*>(r + 3 * n + nb);
-        w.iord = s.order_list ? s.order_list : i;
-        w.level = i + n;
-        w.limit = s.max_subinter;
+        if (w.iord == st.iord_) move(w.iord, i);
+        move(w.level, i + n);
+        w.room = w.limit;
         return true;
     }
+
+    T alist_[small], blist_[small + 1], rlist_[small], elist_[small];
+    int iord_[small], level_[small];
+    int blist_length_;
+    void* block_ = nullptr;
 };
 
 // Raises the error of a step's outcome at the routine's level.
@@ -162,17 +219,17 @@ struct StepKind {
 // returned counts, and the outcome's error at the routine's level.
 template <class T, class Run>
 T drive(Settings<T>& s, const StepKind& k, Run&& run) {
-    if (frame::pending()) return Prec<T>::nan();
+    if (frame::pending()) return Mach<T>::nan;
     Outcome<T> o;
-    Storage<T> store;
+    Storage<T> store(s, k.blist_length);
     {
         frame::Level step(k.name);
         check_tolerances(s, k.min_lists, k.uses_rule, k.absolute_only);
-        if (frame::pending()) return Prec<T>::nan();
-        if (k.min_lists > 0 && !store.allocate(s, k.blist_length)) return Prec<T>::nan();
+        if (frame::pending()) return Mach<T>::nan;
+        s.fcn.mark_level();
         o = run(Tol<T>{s.err_abs, s.err_rel}, store.w);
     }
-    if (frame::pending()) return Prec<T>::nan();
+    if (frame::pending()) return Mach<T>::nan;
     if (s.order_list != nullptr) {
         // The caller's order list, complete: every subinterval by decreasing error.
         const T* e = store.w.elist;
@@ -183,7 +240,7 @@ T drive(Settings<T>& s, const StepKind& k, Run&& run) {
     if (s.n_subinter) *s.n_subinter = o.last;
     if (s.n_evals) *s.n_evals = s.fcn.evals;
     report(o, s, k.min_lists == 0);
-    return qnum::context()->status[0] >= 4 ? Prec<T>::nan() : o.result;
+    return qnum::context()->status[0] >= 4 ? Mach<T>::nan : o.result;
 }
 
 constexpr unsigned adaptive = takes_lists;
@@ -194,14 +251,14 @@ template <class T>
 T int_fcn(Fcn<T> fcn, T a, T b, frame::Options opt) {
     Settings<T> s = start(fcn, opt, adaptive | takes_rule, 1);
     return drive(s, {"l_q2ag", 1, 0, true, false},
-                 [&](Tol<T> tol, const Lists<T>& w) { return step_qag(s.fcn, a, b, tol, s.rule, w); });
+                 [&](Tol<T> tol, Lists<T>& w) { return step_qag(s.fcn, a, b, tol, s.rule, w); });
 }
 
 template <class T>
 T int_fcn_sing(Fcn<T> fcn, T a, T b, frame::Options opt) {
     Settings<T> s = start(fcn, opt, adaptive, 1);
     return drive(s, {"l_q2ags", 1, 0, false, false},
-                 [&](Tol<T> tol, const Lists<T>& w) { return step_qags(s.fcn, a, b, tol, w); });
+                 [&](Tol<T> tol, Lists<T>& w) { return step_qags(s.fcn, a, b, tol, w); });
 }
 
 template <class T>
@@ -210,7 +267,7 @@ T int_fcn_inf(Fcn<T> fcn, T bound, int interval_code, frame::Options opt) {
     if (interval_code != -1 && interval_code != 1 && interval_code != 2)
         frame::raise(Type::Terminal, err::bad_interval_code, Int{interval_code});
     return drive(s, {"l_q2agi", 1, 0, false, false},
-                 [&](Tol<T> tol, const Lists<T>& w) { return step_qagi(s.fcn, bound, interval_code, tol, w); });
+                 [&](Tol<T> tol, Lists<T>& w) { return step_qagi(s.fcn, bound, interval_code, tol, w); });
 }
 
 // Checks shared by the oscillatory routines: weight code and moment limit.
@@ -227,7 +284,7 @@ T int_fcn_trig(Fcn<T> fcn, T omega, int weight_code, T a, T b, frame::Options op
     check_oscillatory(s, weight_code);
     frame::Buffer<T> chebmo;
     if (!frame::pending()) chebmo = frame::Buffer<T>(25LL * s.max_moments, "max_moments");
-    return drive(s, {"l_q2awo", 1, 0, false, false}, [&](Tol<T> tol, const Lists<T>& w) {
+    return drive(s, {"l_q2awo", 1, 0, false, false}, [&](Tol<T> tol, Lists<T>& w) {
         Moments<T> mom{chebmo.get(), s.max_moments};
         return step_qawo(s.fcn, a, b, omega, weight_code, tol, w, mom, false);
     });
@@ -240,7 +297,7 @@ T int_fcn_fourier(Fcn<T> fcn, T omega, int weight_code, T a, frame::Options opt)
     if (s.max_cycles < 3) frame::raise(Type::Terminal, err::bad_cycle_limit, Int{s.max_cycles});
     frame::Buffer<T> chebmo;
     if (!frame::pending()) chebmo = frame::Buffer<T>(25LL * s.max_moments, "max_moments");
-    return drive(s, {"Q2AWF", 1, 0, false, true}, [&](Tol<T> tol, const Lists<T>& w) {
+    return drive(s, {"Q2AWF", 1, 0, false, true}, [&](Tol<T> tol, Lists<T>& w) {
         Moments<T> mom{chebmo.get(), s.max_moments};
         return step_qawf(s.fcn, a, omega, weight_code, tol.epsabs, s.max_cycles, w, mom);
     });
@@ -251,14 +308,14 @@ T int_fcn_cauchy(Fcn<T> fcn, T a, T b, T c, frame::Options opt) {
     Settings<T> s = start(fcn, opt, adaptive, 1);
     if (c == a || c == b) frame::raise(Type::Terminal, err::cauchy_point_at_end, Real{c});
     return drive(s, {"l_q2awc", 1, 0, false, false},
-                 [&](Tol<T> tol, const Lists<T>& w) { return step_qawc(s.fcn, a, b, c, tol, w); });
+                 [&](Tol<T> tol, Lists<T>& w) { return step_qawc(s.fcn, a, b, c, tol, w); });
 }
 
 template <class T>
 T int_fcn_smooth(Fcn<T> fcn, T a, T b, frame::Options opt) {
     Settings<T> s = start(fcn, opt, 0, 0);
     return drive(s, {"QDNG", 0, 0, false, false},
-                 [&](Tol<T> tol, const Lists<T>&) { return step_qng(s.fcn, a, b, tol); });
+                 [&](Tol<T> tol, Lists<T>&) { return step_qng(s.fcn, a, b, tol); });
 }
 
 template <class T>
@@ -279,7 +336,7 @@ T int_fcn_sing_pts(Fcn<T> fcn, T a, T b, int npoints, const T* points, frame::Op
     const int min_lists = npoints < 0 || npoints == 2147483647 ? 1 : npoints + 1;
     if (!frame::pending() && s.max_subinter < min_lists)
         frame::raise(Type::Terminal, err::max_subinter_too_small, Int{s.max_subinter}, Int{min_lists});
-    return drive(s, {"l_q2agp", min_lists, min_lists + 1, false, false}, [&](Tol<T> tol, const Lists<T>& w) {
+    return drive(s, {"l_q2agp", min_lists, min_lists + 1, false, false}, [&](Tol<T> tol, Lists<T>& w) {
         return step_qagp(s.fcn, a, b, npoints, points, tol, w);
     });
 }
@@ -292,7 +349,7 @@ T int_fcn_alg_log(Fcn<T> fcn, T a, T b, int weight_code, T alpha, T beta, frame:
         frame::raise(Type::Terminal, err::bad_weight_code, Int{weight_code}, Int{4});
     if (!(alpha > -1) || !(beta > -1)) frame::raise(Type::Terminal, err::bad_exponent, Real{alpha}, Real{beta});
     if (!(b > a)) frame::raise(Type::Terminal, err::bad_alg_log_interval, Real{a}, Real{b});
-    return drive(s, {"l_q2aws", 2, 0, false, false}, [&](Tol<T> tol, const Lists<T>& w) {
+    return drive(s, {"l_q2aws", 2, 0, false, false}, [&](Tol<T> tol, Lists<T>& w) {
         return step_qaws(s.fcn, a, b, weight_code, alpha, beta, tol, w);
     });
 }

@@ -16,19 +16,36 @@
 
 namespace qnum::quadrature {
 
+// Machine constants of T, read once at load time: every rule application needs some of them.
+template <class T>
+struct Mach {
+    static inline const T eps = Prec<T>::eps();
+    static inline const T tiny = Prec<T>::tiny();
+    static inline const T huge = Prec<T>::huge();
+    static inline const T nan = Prec<T>::nan();
+    static inline const T root_eps = std::sqrt(Prec<T>::eps());
+};
+
 // The user's integrand: a plain function or one with a data pointer. Every call counts and
-// marks the error stack as the user's, so errors raised inside it are reported to the caller.
+// marks the error-stack level of the step as the user's, so errors raised inside it are
+// reported to the caller. The level is found once per call of the routine (`mark_level`):
+// user functions are called millions of times.
 template <class T>
 struct Integrand {
     T (*plain)(T) = nullptr;
     T (*with_data)(T, void*) = nullptr;
     void* data = nullptr;
     int evals = 0;
+    StackEntry* level = nullptr;
+
+    void mark_level() { level = context()->top; }
 
     T operator()(T x) {
         ++evals;
-        frame::UserCall mark;
-        return with_data != nullptr ? with_data(x, data) : plain(x);
+        level->user = 1;  // "ON"
+        const T v = with_data != nullptr ? with_data(x, data) : plain(x);
+        level->user = 0;  // "OFF"
+        return v;
     }
 };
 
@@ -63,10 +80,11 @@ struct Roundoff {
 // fast ones, and never drops below the rounding level 50 eps resabs.
 template <class T>
 T scaled_error(T abserr, T resabs, T resasc) {
-    // Read once: every rule application needs them.
-    static const T epmach = Prec<T>::eps(), uflow = Prec<T>::tiny();
-    if (resasc != 0 && abserr != 0)
-        abserr = resasc * std::min(T(1), std::pow(T(200) * abserr / resasc, T(1.5)));
+    const T epmach = Mach<T>::eps, uflow = Mach<T>::tiny;
+    if (resasc != 0 && abserr != 0) {
+        const T ratio = T(200) * abserr / resasc;  // to the power 1.5, without a call of pow
+        abserr = resasc * std::min(T(1), ratio * std::sqrt(ratio));
+    }
     if (resabs > uflow / (T(50) * epmach)) abserr = std::max(epmach * T(50) * resabs, abserr);
     return abserr;
 }
@@ -97,6 +115,7 @@ KronrodRule<T> kronrod_rule(int rule) {
 }
 
 // Applies the pair to g over [a, b]; g is the integrand, or the integrand times a weight.
+// The sums are formed between the calls: their additions overlap the integrand's work.
 template <class T, class G>
 RuleOut<T> kronrod(const KronrodRule<T>& r, G&& g, T a, T b) {
     const int c = r.m - 1;

@@ -23,6 +23,8 @@ enum Ier : int {
 
 // Subinterval lists of one call: end points, integrals and errors, the ordering by decreasing
 // error (indices into the lists) and a per-interval integer (bisection level or moment level).
+// They start in a few entries of the caller's frame and move to the heap, at their full
+// length `limit`, only when a step needs more: most cheap integrals never subdivide.
 template <class T>
 struct Lists {
     T* alist;
@@ -32,6 +34,12 @@ struct Lists {
     int* iord;
     int* level;
     int limit;
+    int room;                       // entries usable now (blist holds one more)
+    bool (*grow)(Lists&, void*);    // to the full length; false when that fails (201 raised)
+    void* owner;
+
+    // Room for entry n (0-based); false when the lists cannot grow.
+    bool reserve(int n) { return n < room || grow(*this, owner); }
 };
 
 template <class T>
@@ -52,22 +60,22 @@ struct Tol {
 };
 
 template <class T>
-Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, const Lists<T>& w);
+Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, Lists<T>& w);
 template <class T>
-Outcome<T> step_qags(Integrand<T>& f, T a, T b, Tol<T> tol, const Lists<T>& w);
+Outcome<T> step_qags(Integrand<T>& f, T a, T b, Tol<T> tol, Lists<T>& w);
 // interval code -1: (-inf, bound], 1: [bound, +inf), 2: the whole line.
 template <class T>
-Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, const Lists<T>& w);
+Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, Lists<T>& w);
 // points: npoints interior break points, in any order (copied, not changed).
 template <class T>
 Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npoints, const T* points, Tol<T> tol,
-                     const Lists<T>& w);
+                     Lists<T>& w);
 template <class T>
-Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, const Lists<T>& w);
+Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, Lists<T>& w);
 // weight 1..4: (x-a)^alpha (b-x)^beta times 1, log(x-a), log(b-x), log(x-a) log(b-x).
 template <class T>
 Outcome<T> step_qaws(Integrand<T>& f, T a, T b, int weight, T alpha, T beta, Tol<T> tol,
-                     const Lists<T>& w);
+                     Lists<T>& w);
 template <class T>
 Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol);
 
@@ -88,12 +96,12 @@ void oscillatory_moments(T parint, T row[25]);
 
 // weight 1: cos(omega x), 2: sin(omega x).
 template <class T>
-Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol, const Lists<T>& w,
+Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol, Lists<T>& w,
                      Moments<T>& mom, bool reuse_moments);
 // The Fourier integral over [a, +inf): QAWO on cycles of length (2k+1) pi / |omega|, summed
 // and extrapolated. Tolerance is absolute only.
 template <class T>
 Outcome<T> step_qawf(Integrand<T>& f, T a, T omega, int weight, T epsabs, int max_cycles,
-                     const Lists<T>& w, Moments<T>& mom);
+                     Lists<T>& w, Moments<T>& mom);
 
 }  // namespace qnum::quadrature

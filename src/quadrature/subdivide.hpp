@@ -66,7 +66,7 @@ void sort_errors(int limit, int last, int hi, int lo, int& maxerr, T& ermax, con
 // Stores the halves of the bisected interval maxerr: the left one in its slot, the right one
 // at `last` (0-based), and re-sorts.
 template <class T>
-void store_halves(const Lists<T>& w, int maxerr_slot, int last, T a1, T b1, T area1, T error1, T a2,
+void store_halves(Lists<T>& w, int maxerr_slot, int last, T a1, T b1, T area1, T error1, T a2,
                   T b2, T area2, T error2, int& maxerr, T& errmax, int& nrmax) {
     w.alist[maxerr_slot] = a1;
     w.blist[maxerr_slot] = b1;
@@ -87,7 +87,7 @@ template <class T>
 bool too_small(T a1, T a2, T b2) {
     // (1 + 1000 c eps)(|midpoint| + 10000 u) with c = 0.1: two orders of magnitude above the
     // spacing of the numbers, and clear of the underflow threshold near zero.
-    static const T grow = T(1) + T(100) * Prec<T>::eps(), floor = T(10000) * Prec<T>::tiny();
+    const T grow = T(1) + T(100) * Mach<T>::eps, floor = T(10000) * Mach<T>::tiny;
     const T tmp = grow * (std::abs(a2) + floor);
     return std::abs(a1) <= tmp && std::abs(b2) <= tmp;
 }
@@ -118,10 +118,10 @@ struct Epsilon {
 // counters skip pairs in which a half's error equals its deviation integral (an estimate
 // that says nothing about roundoff) and intervals for which counts(a, b) is false.
 template <class T, class Apply, class Split, class Counts>
-void bisect(Apply&& apply, Split&& split, Counts&& counts, Tol<T> tol, const Lists<T>& w, Outcome<T>& out) {
+void bisect(Apply&& apply, Split&& split, Counts&& counts, Tol<T> tol, Lists<T>& w, Outcome<T>& out) {
     int last = out.last, maxerr = w.iord[0], nrmax = 1, iroff1 = 0, iroff2 = 0;
     T errmax = w.elist[maxerr], area = out.result, errsum = out.abserr;
-    while (last < w.limit) {
+    while (last < w.limit && w.reserve(last)) {
         const T a1 = w.alist[maxerr], b2 = w.blist[maxerr];
         const T b1 = split(a1, b2), a2 = b1;
         const RuleOut<T> r1 = apply(a1, b1), r2 = apply(a2, b2);

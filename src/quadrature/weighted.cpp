@@ -330,14 +330,14 @@ RuleOut<T> oscillatory_rule(Integrand<T>& f, T a, T b, T omega, int weight, int 
         r.abserr = std::abs(conc * ests) + std::abs(cons * estc);
     }
     r.resabs = resabs * std::abs(hlgth);
-    r.resasc = Prec<T>::huge();
+    r.resasc = Mach<T>::huge;
     return r;
 }
 
 }  // namespace
 
 template <class T>
-Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, const Lists<T>& w) {
+Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, Lists<T>& w) {
     const T aa = std::min(a, b), bb = std::max(a, b);
     Outcome<T> out;
     const RuleOut<T> r = cauchy_rule(f, aa, bb, c);
@@ -373,7 +373,7 @@ Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, const Lists<T>&
 }
 
 template <class T>
-Outcome<T> step_qaws(Integrand<T>& f, T a, T b, int weight, T alpha, T beta, Tol<T> tol, const Lists<T>& w) {
+Outcome<T> step_qaws(Integrand<T>& f, T a, T b, int weight, T alpha, T beta, Tol<T> tol, Lists<T>& w) {
     const AlgLogMoments<T> m(alpha, beta, weight);
     const T centre = T(0.5) * (b + a);
     auto apply = [&](T lo, T hi) { return alg_log_rule(f, a, b, lo, hi, alpha, beta, weight, m); };
@@ -405,9 +405,9 @@ Outcome<T> step_qaws(Integrand<T>& f, T a, T b, int weight, T alpha, T beta, Tol
 }
 
 template <class T>
-Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol, const Lists<T>& w,
+Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol, Lists<T>& w,
                      Moments<T>& mom, bool reuse_moments) {
-    const T epmach = Prec<T>::eps(), oflow = Prec<T>::huge();
+    const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
     const T domega = std::abs(omega);
     if (!reuse_moments) mom.momcom = 0;
     Outcome<T> out;
@@ -449,7 +449,7 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
     const int ksgn = dres >= (T(1) - T(50) * epmach) * defabs ? 1 : -1;
     int last = 1;
     bool summed = false;
-    while (last < w.limit) {
+    while (last < w.limit && w.reserve(last)) {
         const int nrmom = w.level[maxerr] + 1;
         const T a1 = w.alist[maxerr], b1 = T(0.5) * (w.alist[maxerr] + w.blist[maxerr]);
         const T a2 = b1, b2 = w.blist[maxerr];
@@ -576,7 +576,7 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
 }
 
 template <class T>
-Outcome<T> step_qawf(Integrand<T>& f, T a, T omega, int weight, T epsabs, int max_cycles, const Lists<T>& w,
+Outcome<T> step_qawf(Integrand<T>& f, T a, T omega, int weight, T epsabs, int max_cycles, Lists<T>& w,
                      Moments<T>& mom) {
     Outcome<T> out;
     if (omega == 0) {
@@ -589,7 +589,7 @@ Outcome<T> step_qawf(Integrand<T>& f, T a, T omega, int weight, T epsabs, int ma
     const T domega = std::abs(omega);
     const T l = std::floor(domega);  // QUADPACK takes the integer part of |omega|
     const T cycle = (T(2) * l + T(1)) * pi / domega;
-    T eps = epsabs > Prec<T>::tiny() / p1 ? epsabs * p1 : epsabs;
+    T eps = epsabs > Mach<T>::tiny / p1 ? epsabs * p1 : epsabs;
     const T ep = eps;
     T fact = 1, correc = 0, errsum = 0, abserr = 0, drl = 0, c1 = a, c2 = cycle + a;
     Epsilon<T> ext;
@@ -666,11 +666,11 @@ Outcome<T> step_qawf(Integrand<T>& f, T a, T omega, int weight, T epsabs, int ma
 }
 
 #define QNUM_INSTANTIATE(T)                                                                              \
-    template Outcome<T> step_qawc(Integrand<T>&, T, T, T, Tol<T>, const Lists<T>&);                     \
-    template Outcome<T> step_qaws(Integrand<T>&, T, T, int, T, T, Tol<T>, const Lists<T>&);             \
-    template Outcome<T> step_qawo(Integrand<T>&, T, T, T, int, Tol<T>, const Lists<T>&, Moments<T>&,    \
+    template Outcome<T> step_qawc(Integrand<T>&, T, T, T, Tol<T>, Lists<T>&);                     \
+    template Outcome<T> step_qaws(Integrand<T>&, T, T, int, T, T, Tol<T>, Lists<T>&);             \
+    template Outcome<T> step_qawo(Integrand<T>&, T, T, T, int, Tol<T>, Lists<T>&, Moments<T>&,    \
                                   bool);                                                                 \
-    template Outcome<T> step_qawf(Integrand<T>&, T, T, int, T, int, const Lists<T>&, Moments<T>&);      \
+    template Outcome<T> step_qawf(Integrand<T>&, T, T, int, T, int, Lists<T>&, Moments<T>&);      \
     template void oscillatory_moments(T, T*);
 QNUM_INSTANTIATE(float)
 QNUM_INSTANTIATE(double)

@@ -36,6 +36,8 @@ template <class T> T b_sqrtshift(T x) { return std::sqrt(x + T(0.01)); }
 template <class T> T b_qagp(T x) { return x * x * x * std::log(std::abs((x * x - 1) * (x * x - 2))); }
 template <class T> T b_one(T) { return 1; }
 template <class T> T b_cos(T x) { return std::cos(x); }
+template <class T> T b_xm099(T x) { return std::pow(x, T(-0.99)); }
+template <class T> T b_twoends(T x) { return 1 / std::sqrt(x) + 1 / std::sqrt(1 - x); }
 
 enum class Kind { qag, qags, qagi, qawo, qawf, qawc, qng, qagp, qaws };
 
@@ -49,6 +51,8 @@ struct Case {
     int code;         // rule, interval code or weight code
     double alpha, beta;
     int expected_code;  // the error the case raises (0: none)
+    int limit = 0;      // max_subinter (and Fourier cycles) when not the default
+    double rel = 0;     // with a limit: err_rel, with err_abs 0 (0: the defaults)
 };
 
 template <class T>
@@ -66,11 +70,14 @@ std::vector<Case<T>> battery() {
         {"qag_xsin", "qag_xsin", Kind::qag, b_xsin<T>, 0, 2 * pi, 0, 6, 0, 0, 0},
         {"qag_step", "qag_step", Kind::qag, b_step<T>, 0, 1, 0, 1, 0, 0, 0},
         {"qag_x26log", "x26log", Kind::qag, b_x26log<T>, 0, 1, 0, 2, 0, 0, 0},
+        // Bisection hardly lowers the error next to this singularity: the limit, not roundoff.
+        {"qag_xm099", "xm099", Kind::qag, b_xm099<T>, 0, 1, 0, 2, 0, 0, sizeof(T) == 8 ? 4007 : 4009},
         {"qags_x26log", "x26log", Kind::qags, b_x26log<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qags_xm09log", "xm09log", Kind::qags, b_xm09log<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qags_xm05log", "xm05log", Kind::qags, b_xm05log<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qags_logsqrt", "logsqrt", Kind::qags, b_logsqrt<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qags_peak", "qag_peak", Kind::qags, b_peak<T>, 0, 1, 0, 0, 0, 0, 0},
+        {"qags_twoends", "twoends", Kind::qags, b_twoends<T>, 0, 1, 0, 0, 0, 0, 0},
         {"qagi_lorentz_2", "qagi_lorentz_2", Kind::qagi, b_lorentz<T>, 0, 0, 0, 2, 0, 0, 0},
         {"qagi_x2exp_1", "qagi_x2exp_1", Kind::qagi, b_x2exp<T>, 0, 0, 0, 1, 0, 0, 0},
         {"qagi_log100_1", "qagi_log100_1", Kind::qagi, b_log100<T>, 0, 0, 0, 1, 0, 0, 0},
@@ -78,6 +85,7 @@ std::vector<Case<T>> battery() {
         {"qawo_log_sin", "qawo_log_sin", Kind::qawo, b_guardlog<T>, 0, 1, 10 * pi, 2, 0, 0, 0},
         {"qawo_exp_cos", "qawo_exp_cos", Kind::qawo, b_expm<T>, 0, 2, 20, 1, 0, 0, 0},
         {"qawo_lorentz_cos", "qawo_lorentz_cos", Kind::qawo, b_lorentz<T>, -1, 4, 3, 1, 0, 0, 0},
+        {"qawo_peak_sym", "qawo_peak_sym", Kind::qawo, b_peak<T>, -1, 1, 3, 1, 0, 0, 0},
         {"qawo_peak_sin", "qawo_peak_sin", Kind::qawo, b_peak<T>, 0, 1, 40, 2, 0, 0, 0},
         {"qawf_lorentz_cos", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 0},
         {"qawf_xlorentz_sin", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 0},
@@ -93,12 +101,30 @@ std::vector<Case<T>> battery() {
         {"qng_sqrtshift", "qng_sqrtshift", Kind::qng, b_sqrtshift<T>, 0, 3, 0, 0, 0, 0, 0},
         {"qagp_cubiclog", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 0},
         {"qagp_step", "qag_step", Kind::qagp, b_step<T>, 0, 1, 0, 0, 0, 0, 0},
+        {"qagp_xsin", "qag_xsin", Kind::qagp, b_xsin<T>, 0, 2 * pi, 0, 0, 0, 0, 0},
         {"qaws_one_w1", "qaws_one_w1", Kind::qaws, b_one<T>, 0, 1, 0, 1, -0.5, -0.5, 0},
         {"qaws_cos_w2", "qaws_cos_w2", Kind::qaws, b_cos<T>, 0, 1, 0, 2, 0, 0, 0},
         {"qaws_exp_w3", "qaws_exp_w3", Kind::qaws, b_expm<T>, 0, 2, 0, 3, 0.5, -0.3, 0},
         {"qaws_exp_w4", "qaws_exp_w4", Kind::qaws, b_expm<T>, 0, 1, 0, 4, -0.5, 0.3, 0},
         {"qaws_peak_w1", "qaws_peak_w1", Kind::qaws, b_peak<T>, 0, 1, 0, 1, -0.5, 0, 0},
+        {"qaws_peak_right", "qaws_peak_right", Kind::qaws, b_peak<T>, 0, 0.5, 0, 1, -0.5, 0, 0},
         {"qaws_peak_w4", "qaws_peak_w4", Kind::qaws, b_peak<T>, 0, 1, 0, 4, 0.5, -0.5, 0},
+        // Runs cut short by a small limit: the end game of each step near its limit.
+        {"qag_peak_lim3", "qag_peak", Kind::qag, b_peak<T>, 0, 1, 0, 2, 0, 0, 4007, 3},
+        {"qags_xm09log_lim6", "xm09log", Kind::qags, b_xm09log<T>, 0, 1, 0, 0, 0, 0, 4007, 6},
+        {"qags_logsqrt_lim5", "logsqrt", Kind::qags, b_logsqrt<T>, 0, 1, 0, 0, 0, 0, 4007, 5},
+        {"qagi_log100_lim8", "qagi_log100_1", Kind::qagi, b_log100<T>, 0, 0, 0, 1, 0, 0, 4007, 8},
+        {"qagp_cubiclog_lim13", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 4007, 13},
+        // Far below what the integrand's rounding allows: roundoff stops the extrapolation.
+        {"qagp_cubiclog_tight", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0,
+         sizeof(T) == 8 ? 4018 : 4008, 500, 1e-14},
+        {"qagp_cubiclog_lim17", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 4007, 17},
+        {"qawo_log_sin_lim6", "qawo_log_sin", Kind::qawo, b_guardlog<T>, 0, 1, 10 * pi, 2, 0, 0, 4007, 6},
+        {"qawc_cubic_lim4", "qawc_cubic", Kind::qawc, b_cubic_c<T>, -1, 5, 0, 0, 0, 0, 4007, 4},
+        {"qaws_peak_w1_lim6", "qaws_peak_w1", Kind::qaws, b_peak<T>, 0, 1, 0, 1, -0.5, 0, sizeof(T) == 8 ? 4007 : 0, 6},
+        {"qawf_lorentz_cos_lim4", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 4021, 4},
+        {"qawf_xlorentz_sin_lim5", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 4021, 5},
+        {"qawf_expm_sin_lim3", "qawf_expm_sin", Kind::qawf, b_expm<T>, 0, 0, 2, 2, 0, 0, 4021, 3},
     };
 }
 
@@ -136,25 +162,29 @@ template <class T>
 T run_case(const Case<T>& k, Counts<T>& out) {
     using A = Api<T>;
     const T a = T(k.a), b = T(k.b), c = T(k.c);
+    // The limit, when one is given, ends every option list; a 0 in its place ends it early.
+    // The reference port's Fourier limit bounds the cycles, and one short, each cycle's lists.
+    const int lim = k.limit > 0 ? QNUM_MAX_SUBINTER : 0, cyc = k.limit > 0 ? QNUM_MAX_CYCLES : 0;
+    const int rel = k.rel > 0 ? QNUM_ERR_REL : 0;
     switch (k.kind) {
     case Kind::qag:
         return A::fcn(k.f, a, b, QNUM_RULE, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                      QNUM_N_SUBINTER, &out.n_subinter, 0);
+                      QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
     case Kind::qags:
         return A::sing(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                       &out.n_subinter, 0);
+                       &out.n_subinter, lim, k.limit, 0);
     case Kind::qagi:
         return A::inf(k.f, c, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                      &out.n_subinter, 0);
+                      &out.n_subinter, lim, k.limit, 0);
     case Kind::qawo:
         return A::trig(k.f, c, k.code, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                       QNUM_N_SUBINTER, &out.n_subinter, 0);
+                       QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
     case Kind::qawf:
         return A::fourier(k.f, c, k.code, a, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                          QNUM_N_SUBINTER, &out.n_subinter, 0);
+                          QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit - 1, cyc, k.limit, 0);
     case Kind::qawc:
         return A::cauchy(k.f, a, b, c, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                         &out.n_subinter, 0);
+                         &out.n_subinter, lim, k.limit, 0);
     case Kind::qng:
         return A::smooth(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, 0);
     case Kind::qagp: {
@@ -162,11 +192,12 @@ T run_case(const Case<T>& k, Counts<T>& out) {
         const T step[1] = {T(1) / 3};
         const bool two = k.f == b_qagp<T>;
         return A::sing_pts(k.f, a, b, two ? 2 : 1, two ? pts : step, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, 0);
+                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, rel, k.rel,
+                           QNUM_ERR_ABS, 0.0, 0);
     }
     case Kind::qaws:
         return A::alg_log(k.f, a, b, k.code, T(k.alpha), T(k.beta), QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                          &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, 0);
+                          &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
     }
     return 0;
 }

@@ -37,12 +37,16 @@ TYPED_TEST(Battery, ResultsMeetTheToleranceAndTheEstimateCoversTheError) {
         const T r = run_case(k, c);
         EXPECT_EQ(last_code(), k.expected_code);
         EXPECT_GT(c.n_evals, 0);
+        const double slack = std::is_same_v<T, float> ? 8 * Prec<T>::eps() * std::abs(exact) : 0.0;
         if (k.expected_code != 0) {
-            EXPECT_TRUE(std::isnan(r));
-            EXPECT_GT(c.err_est, tol * std::abs(exact));
+            // A fatal outcome returns NaN, a warning its best estimate; the estimate admits the
+            // miss, unless the integrand's behaviour was too bad to estimate it (4009).
+            if (last_type() >= 4) EXPECT_TRUE(std::isnan(r));
+            else if (k.expected_code != 4009) EXPECT_LE(std::abs(r - exact), c.err_est + slack) << "result " << r << " exact " << exact;
+            // The cycle limit is reported even when the last cycle's extrapolation converged.
+            if (k.expected_code != 4021) EXPECT_GT(c.err_est, (k.rel > 0 ? T(k.rel) : tol) * std::abs(exact));
             continue;
         }
-        const double slack = std::is_same_v<T, float> ? 8 * Prec<T>::eps() * std::abs(exact) : 0.0;
         EXPECT_LE(std::abs(r - exact), c.err_est + slack) << "result " << r << " exact " << exact;
         EXPECT_LE(c.err_est, std::max(tol, tol * std::abs(r)) * (1 + 4 * Prec<T>::eps()));
     }
@@ -63,6 +67,7 @@ TEST(BatteryCounts, EvaluationsAndSubintervalsEqualThoseOfTheReferencePort) {
         int n_evals = 0, n_subinter = 0, status = 0;
         double result = 0, abserr = 0;
         s >> routine >> n_evals >> n_subinter >> status >> result >> abserr;
+        if (status == 13) continue;  // the port refuses tolerances below 50 eps: nothing to compare
         Counts<double> c;
         const double r = run_case(k, c);
         EXPECT_EQ(c.n_evals, n_evals);

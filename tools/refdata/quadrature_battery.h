@@ -27,5 +27,7 @@ static double b_sqrtshift(double x) { return sqrt(x + 0.01); }
 static double b_qagp(double x) { return x * x * x * log(fabs((x * x - 1) * (x * x - 2))); }
 static double b_one(double x) { (void)x; return 1; }
 static double b_cos(double x) { return cos(x); }
+static double b_xm099(double x) { return pow(x, -0.99); }
+static double b_twoends(double x) { return 1 / sqrt(x) + 1 / sqrt(1 - x); }
 
 #endif

@@ -46,10 +46,12 @@ cases = [
     ("qag_peak", (mp.atan(0.7 / sqrt(mp.mpf('0.001'))) + mp.atan(0.3 / sqrt(mp.mpf('0.001')))) / sqrt(mp.mpf('0.001'))),
     ("qag_xsin", -2 * pi / 30),
     ("qag_step", step + e - exp(step)),
+    ("xm099", mp.mpf(100)),
     ("x26log", 1 / mp.mpf('3.6') ** 2),
     ("xm09log", 1 / mp.mpf('0.1') ** 2),
     ("xm05log", 1 / mp.mpf('0.5') ** 2),
     ("logsqrt", mp.mpf(-4)),
+    ("twoends", mp.mpf(4)),  # 2 from each end
     ("qagi_lorentz_2", pi),
     ("qagi_x2exp_1", mp.mpf(2)),
     ("qagi_log100_1", -pi * log(10) / 20),
@@ -57,6 +59,7 @@ cases = [
     ("qawo_log_sin", q(lambda x: log(x) * sin(10 * pi * x), mp.linspace(0, 1, 41))),
     ("qawo_exp_cos", q(lambda x: exp(-x) * cos(20 * x), mp.linspace(0, 2, 41))),
     ("qawo_lorentz_cos", q(lambda x: cos(3 * x) / (1 + x * x), [-1, 0, 1, 2, 3, 4])),
+    ("qawo_peak_sym", q(lambda x: cos(3 * x) / ((x - 0.3) ** 2 + 0.001), [-1, 0.3, 1])),
     ("qawo_peak_sin", q(lambda x: sin(40 * x) / ((x - 0.3) ** 2 + 0.001), mp.linspace(0, 1, 41))),
     ("qawf_lorentz_cos", pi / (2 * e)),
     ("qawf_xlorentz_sin", pi / (2 * e)),
@@ -73,6 +76,7 @@ cases = [
     ("qaws_exp_w3", alg_log(lambda x: exp(-x), 0, 2, 3, mp.mpf('0.5'), mp.mpf('-0.3'))),
     ("qaws_exp_w4", alg_log(lambda x: exp(-x), 0, 1, 4, mp.mpf('-0.5'), mp.mpf('0.3'))),
     ("qaws_peak_w1", q(lambda x: x ** -0.5 / ((x - 0.3) ** 2 + 0.001), [0, 0.3, 1])),
+    ("qaws_peak_right", q(lambda x: x ** -0.5 / ((x - 0.3) ** 2 + 0.001), [0, 0.3, 0.5])),
     ("qaws_peak_w4", q(lambda x: x ** 0.5 * (1 - x) ** -0.5 * log(x) * log(1 - x) / ((x - 0.3) ** 2 + 0.001),
                        [0, 0.3, 1])),
 ]
