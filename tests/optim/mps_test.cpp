@@ -399,6 +399,9 @@ TEST(MpsNumbers, ConvertsLikeStrtodAndRefusesJunk) {
     const char* bad[] = {"", ".", "-", "+", "1..2", "1e", "1e+", "e5", "1 2", "0x10", "inf", "nan",
                          "1.0.", "--1", "1e5e", "1,5"};
     for (const char* s : bad) EXPECT_FALSE(optim::parse_number(s, std::strlen(s), v)) << s;
+    // An exponent cut off by the field's end has no digits, whatever follows in memory.
+    EXPECT_FALSE(optim::parse_number("1e5", 2, v));
+    EXPECT_FALSE(optim::parse_number("1e+7", 3, v));
 }
 
 // ---- the real problem files against expected.tsv ----
