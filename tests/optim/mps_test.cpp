@@ -402,6 +402,8 @@ TEST(MpsNumbers, ConvertsLikeStrtodAndRefusesJunk) {
     // An exponent cut off by the field's end has no digits, whatever follows in memory.
     EXPECT_FALSE(optim::parse_number("1e5", 2, v));
     EXPECT_FALSE(optim::parse_number("1e+7", 3, v));
+    ASSERT_TRUE(optim::parse_number("12.5", 2, v));
+    EXPECT_EQ(v, 12.0);
 }
 
 // ---- the real problem files against expected.tsv ----
