@@ -341,14 +341,16 @@ TEST_F(Mps, GapColumnsAreIgnored) {
         }
         return line;
     };
-    const std::string text = head + gaps(L("", "X1", "R1", "1.0").substr(0, 36) + "  ") + "\n" +
-                             "BOUNDS\n" + gaps(L("UP", "BND", "X1", "4.0")) + "QUADOBJ\n" +
+    const std::string text = head + gaps(L("", "M", "'MARKER'", "", "'INTORG'")) +
+                             gaps(L("", "X1", "R1", "1.0").substr(0, 36) + "  ") + "\n" +
+                             gaps(L("", "M", "'MARKER'", "", "'INTEND'")) + "BOUNDS\n" + gaps(L("UP", "BND", "X1", "4.0")) + "QUADOBJ\n" +
                              gaps(L("", "X1", "X1", "2.5").substr(0, 36) + "  ") + "\nENDATA\n";
     Qnum_d_mps* p = read_text(text);
     ASSERT_NE(p, nullptr) << message() << "\n" << text;
     EXPECT_STREQ(p->name_bounds, "BND");
     EXPECT_EQ(p->upper_bound[0], 4.0);
     EXPECT_EQ(p->matrix_value[0], 1.0);
+    EXPECT_EQ(p->variable_type[0] & 1, 1);
     ASSERT_EQ(p->quadratic_nonzeros, 1);
     EXPECT_EQ(p->quadratic_value[0], 2.5);
     qnum_d_mps_free(p);
@@ -397,6 +399,11 @@ TEST(MpsNumbers, ConvertsLikeStrtodAndRefusesJunk) {
     const char* bad[] = {"", ".", "-", "+", "1..2", "1e", "1e+", "e5", "1 2", "0x10", "inf", "nan",
                          "1.0.", "--1", "1e5e", "1,5"};
     for (const char* s : bad) EXPECT_FALSE(optim::parse_number(s, std::strlen(s), v)) << s;
+    // An exponent cut off by the field's end has no digits, whatever follows in memory.
+    EXPECT_FALSE(optim::parse_number("1e5", 2, v));
+    EXPECT_FALSE(optim::parse_number("1e+7", 3, v));
+    ASSERT_TRUE(optim::parse_number("12.5", 2, v));
+    EXPECT_EQ(v, 12.0);
 }
 
 // ---- the real problem files against expected.tsv ----
