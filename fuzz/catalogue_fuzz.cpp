@@ -2,7 +2,8 @@
 // The input is written as the catalogue file, the reader loads it afresh (it loads once per
 // process, so this file compiles the reader itself and resets it between inputs), and
 // templates and names are looked up for the codes the file lists and for a few it does not.
-// Every lookup must give a terminated text; nothing may be read outside the tables.
+// Every lookup must give a terminated text, nothing may be read outside the tables, and the
+// printer must cope with whatever template it is given.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -61,6 +62,25 @@ void look_up(long code) {
     sink = sink + std::strlen(qnum::catalogue::code_name(code));
 }
 
+// A warning of `code` with every kind of substitution, printed (to nowhere): the printer
+// fills the template read from the file.
+void report(long code) {
+    static const bool printing = [] {
+        qnum_error_options(QNUM_SET_ERROR_FILE, std::fopen("/dev/null", "w"), QNUM_SET_PRINT, QNUM_WARNING, 1, 0);
+        return true;
+    }();
+    (void)printing;
+    qnum_e1psh("qnum_d_fuzz");
+    qnum_e1sti(1, -7);
+    qnum_e1sti(2, 12345);
+    qnum_e1std(1, 2.5);
+    qnum_e1stz(1, qnum_d_complex{1.0, -0.5});
+    qnum_e1stl(1, "name");
+    qnum_e1stl(2, "QNUM_OPTION");
+    qnum_ermes(QNUM_WARNING, static_cast<int>(code));
+    qnum_e1pop("qnum_d_fuzz");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -79,9 +99,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     look_up(150);
     if (qnum::catalogue::load_state() == 2) {
         using namespace qnum::catalogue;
-        for (std::size_t i = 0; i < count && i < 40; ++i) {
+        for (std::size_t i = 0; i < count && i < 16; ++i) {
             look_up(codes[i]);
             look_up(codes[i] + 100000);  // the same record through the code's wider form
+            if (i < 3) report(codes[i]);
         }
     }
     for (long code : {0L, 103L, 4242L, 65535L, 99999L, -1L}) look_up(code);
