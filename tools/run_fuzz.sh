@@ -41,6 +41,9 @@ compile() {
   clang++ "${flags[@]}" "${isa[@]}" -fsanitize=fuzzer-no-link -c "$1" -o "$2"
 }
 
+# An object older than any header is compiled again.
+newest_header=$(find src include "$build/generated" \( -name '*.hpp' -o -name '*.h' \) -exec ls -t {} + | head -n 1)
+
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
   for src in fuzz/*_fuzz.cpp; do targets+=("$(basename "$src" _fuzz.cpp)"); done
@@ -58,7 +61,7 @@ for name in "${targets[@]}"; do
     [[ $exclude == *" $src "* ]] && continue
     obj="$build/obj/${src%.cpp}.o"
     objs+=("$obj")
-    [ -f "$obj" ] && [ ! "$src" -nt "$obj" ] && continue
+    [ -f "$obj" ] && [ ! "$src" -nt "$obj" ] && [ ! "$newest_header" -nt "$obj" ] && continue
     mkdir -p "$(dirname "$obj")"
     compile "$src" "$obj" &
     running=$((running + 1))
