@@ -164,7 +164,7 @@ T* lin_sol_nonnegdef(int n, T* a, T* b, frame::Options opt) {
     if (solve_only && user_factor == nullptr) return fail(err::solve_only_without_factor);
     if (solve_only && has_inverse) return fail(err::solve_only_with_inverse);
     if (has_inverse && icd < n) return fail(err::array_col_dim_below_n, Int{icd}, Str{"inva"}, Int{n}, Str{"n"});
-    if (has_factor && fcd < n) return fail(err::array_col_dim_below_n, Int{fcd}, Str{"factor"}, Int{n}, Str{"n"});
+    if (fcd < n) return fail(err::array_col_dim_below_n, Int{fcd}, Str{"factor"}, Int{n}, Str{"n"});
     if (a == nullptr && !solve_only) return fail(err::missing_array, Str{"a"});
     if (b == nullptr && !factor_only && !inverse_only) return fail(err::missing_array, Str{"b"});
 

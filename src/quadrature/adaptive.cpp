@@ -14,7 +14,8 @@ namespace qnum::quadrature {
 template <class T>
 void Epsilon<T>::extrapolate(T& result, T& abserr) {
     const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
-    T* e = epstab - 1;  // 1-based, as the table's diagonals are counted
+    // 1-based, as the table's diagonals are counted, without a pointer before the array.
+    struct { T* p; T& operator[](int i) const { return p[i - 1]; } } e{epstab};
     ++nres;
     abserr = oflow;
     result = e[n];
