@@ -247,6 +247,9 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
             if (!row_done[i] && !bad_row.push(i)) return false;
         return true;
     }
+    lsteps_.clear();
+    for (int k = 0; k < m; ++k)
+        if (lstart_[k + 1] > lstart_[k] && !lsteps_.push(k)) return false;
     // U by columns.
     const std::size_t unz = uidx_.size();
     if (!ucstart_.assign(m + 1, 0) || !ucrow_.resize(unz + 1) || !ucval_.resize(unz + 1)) return false;
@@ -264,7 +267,8 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
 
 void BasisLu::ftran(double* x) {
     const int steps = static_cast<int>(prow_.size());
-    for (int k = 0; k < steps; ++k) {
+    for (std::size_t t = 0; t < lsteps_.size(); ++t) {
+        const int k = lsteps_[t];
         double xr = x[prow_[k]];
         if (xr == 0) continue;
         for (int q = lstart_[k]; q < lstart_[k + 1]; ++q) x[lidx_[q]] -= lval_[q] * xr;
@@ -302,7 +306,8 @@ void BasisLu::btran(double* y) {
         if (v == 0) continue;
         for (int q = ustart_[k]; q < ustart_[k + 1]; ++q) y[uidx_[q]] -= uval_[q] * v;
     }
-    for (int k = steps - 1; k >= 0; --k) {
+    for (std::size_t t = lsteps_.size(); t-- > 0;) {
+        const int k = lsteps_[t];
         double s = w[prow_[k]];
         for (int q = lstart_[k]; q < lstart_[k + 1]; ++q) s -= lval_[q] * w[lidx_[q]];
         w[prow_[k]] = s;

@@ -21,8 +21,6 @@ namespace {
 constexpr double kInf = HUGE_VAL;
 // A pivot-row or pivot-column entry below this takes no part in a ratio test.
 constexpr double kPivotTol = 1e-7;
-// Updates between refactorizations: the eta file grows with each one.
-constexpr int kRefactor = 100;
 
 }  // namespace
 
@@ -130,7 +128,8 @@ void Simplex::compute_dual() {
     for (int i = 0; i < m; ++i) d_[n + i] = state_[n + i] == kBasic ? 0.0 : cost_[n + i] + y_[i];
 }
 
-// arow_ = rho^T [A -I] for the nonbasic variables (basic ones left at 0), built by rows from
+// arow_ = rho^T [A -I] (entries of basic variables are left as they come: no reader looks at
+// them), built by rows from
 // the nonzeros of rho; arow_idx_ lists the entries touched, so that the loops over the row
 // and its clearing cost what the row holds, not n + m.
 void Simplex::pivot_row(const double* rho) {
@@ -154,7 +153,6 @@ void Simplex::pivot_row(const double* rho) {
         mark[n + i] = 1;
         arow_idx_.push(n + i);
     }
-    for (int k = 0; k < m; ++k) ar[head_[k]] = 0;
 }
 
 bool Simplex::primal_feasible() const {
@@ -235,7 +233,7 @@ bool Simplex::change_basis(int p, int q, const double* alpha) {
     state_[q] = kBasic;
     d_[q] = 0;
     if (++iterations_ % 100 == 0) report();
-    if (lu_.updates() >= kRefactor) return refactor();
+    if (lu_.full()) return refactor();
     if (!lu_.update(p, alpha)) { no_memory_ = true; return false; }
     return true;
 }
@@ -307,7 +305,7 @@ LpStatus Simplex::dual_loop() {
                 if (is_boxed(j)) drop += aa * (up_[j] - lo_[j]); else boxed = false;
                 if (aa > amax) { amax = aa; qk = static_cast<int>(k); }
             }
-            if (boxed && slope - drop > 0) {
+            if (boxed && slope - drop > tp) {
                 // Every candidate up to the Harris bound flips; move them to the front.
                 for (std::size_t k = nflip_begin; k < nc; ++k) {
                     if (d_[cand_[k]] / cand_a_[k] > hb) continue;
@@ -406,7 +404,7 @@ LpStatus Simplex::dual_loop() {
         if (w_[p] < 1e-12) w_[p] = 1e-12;
 
         state_[jp] = s > 0 ? kAtUpper : kAtLower;
-        bool refac = lu_.updates() + 1 >= kRefactor;
+        bool refac = lu_.full();
         if (!change_basis(p, q, alpha_.data())) continue;
         fresh = false;
         if (refac) fresh = recompute();
@@ -500,7 +498,7 @@ LpStatus Simplex::primal_loop() {
         }
         d_[jp] = -theta_d;
         state_[jp] = to_lower ? kAtLower : kAtUpper;
-        bool refac = lu_.updates() + 1 >= kRefactor;
+        bool refac = lu_.full();
         if (!change_basis(p, q, alpha_.data())) continue;
         fresh = false;
         if (refac) fresh = recompute();
@@ -544,6 +542,37 @@ LpStatus Simplex::dual_phase1() {
     return st;
 }
 
+// Free columns enter the slack basis in place of the logicals of rows where they have a large
+// entry: a basic free variable never leaves, and a nonbasic one is dual infeasible unless its
+// reduced cost is zero. Each chosen row must be free of the columns chosen before it, so that
+// the basis stays triangular and nonsingular (a triangular crash after R. E. Bixby,
+// "Implementing the simplex method: the initial basis", ORSA J. on Computing 4, 1992).
+void Simplex::crash_free_columns() {
+    const int n = a_.n;
+    Vec<char> touched;
+    if (!touched.assign(a_.m, 0)) return;
+    for (int j = 0; j < n; ++j) {
+        if (lo_[j] > -kInf || up_[j] < kInf) continue;
+        double cmax = 0;
+        for (int q = a_.start[j]; q < a_.start[j + 1]; ++q) cmax = std::fmax(cmax, std::fabs(a_.value[q]));
+        int r = -1;
+        double best = 0.1 * cmax;
+        for (int q = a_.start[j]; q < a_.start[j + 1]; ++q) {
+            int i = a_.index[q];
+            double v = std::fabs(a_.value[q]);
+            if (touched[i] || (lo_[n + i] == -kInf && up_[n + i] == kInf)) continue;
+            if (v >= best && v > 0) { best = v; r = i; }
+        }
+        if (r < 0) continue;
+        for (int q = a_.start[j]; q < a_.start[j + 1]; ++q) touched[a_.index[q]] = 1;
+        head_[r] = j;
+        pos_[j] = r;
+        state_[j] = kBasic;
+        pos_[n + r] = -1;
+        state_[n + r] = kAtLower;
+    }
+}
+
 LpStatus Simplex::solve(const int* state, const SimplexSettings& settings) {
     set_ = settings;
     const int m = a_.m, n = a_.n, nm = m + n;
@@ -570,6 +599,7 @@ LpStatus Simplex::solve(const int* state, const SimplexSettings& settings) {
             head_[i] = n + i;
             pos_[n + i] = i;
         }
+        crash_free_columns();
     }
     for (int j = 0; j < nm; ++j)
         if (state_[j] != kBasic) nonbasic_value(j);

@@ -63,6 +63,7 @@ private:
     LpStatus primal_loop();
     double step_to_bound(int k, double g, double slack) const;
     LpStatus dual_phase1();
+    void crash_free_columns();
     void perturb_costs();
     bool change_basis(int p, int q, const double* alpha);
     void load_column(int j, double* v) const;  // v (by row, zeroed) = column j
