@@ -2,6 +2,7 @@
 #include "optim/lp_lu.hpp"
 
 #include <cmath>
+#include <cstring>
 
 namespace qnum::optim {
 namespace {
@@ -281,7 +282,7 @@ void BasisLu::ftran(double* x) {
         if (v == 0) continue;
         for (int q = ucstart_[c]; q < ucstart_[c + 1]; ++q) x[ucrow_[q]] -= ucval_[q] * v;
     }
-    for (int i = 0; i < m_; ++i) x[i] = w[i];
+    std::memcpy(x, w, sizeof(double) * m_);
     for (std::size_t e = 0; e < eta_pos_.size(); ++e) {
         int p = eta_pos_[e];
         double xp = x[p] / eta_piv_[e];
@@ -312,13 +313,14 @@ void BasisLu::btran(double* y) {
         for (int q = lstart_[k]; q < lstart_[k + 1]; ++q) s -= lval_[q] * w[lidx_[q]];
         w[prow_[k]] = s;
     }
-    for (int i = 0; i < m_; ++i) y[i] = w[i];
+    std::memcpy(y, w, sizeof(double) * m_);
 }
 
-bool BasisLu::update(int p, const double* alpha) {
+bool BasisLu::update(int p, const double* alpha, const Vec<int>& nz) {
     if (!eta_pos_.push(p) || !eta_piv_.push(alpha[p])) return false;
-    for (int i = 0; i < m_; ++i) {
-        if (i == p || alpha[i] == 0) continue;
+    for (std::size_t t = 0; t < nz.size(); ++t) {
+        const int i = nz[t];
+        if (i == p) continue;
         if (!eta_idx_.push(i) || !eta_val_.push(alpha[i])) return false;
     }
     return eta_start_.push(static_cast<int>(eta_idx_.size()));

@@ -24,8 +24,9 @@ public:
     void ftran(double* x);
     // y: right-hand side by basis position on entry, B^-T y by row on exit.
     void btran(double* y);
-    // Column `p` of the basis was replaced by a column whose ftran image is `alpha`.
-    bool update(int p, const double* alpha);
+    // Column `p` of the basis was replaced by a column whose ftran image is `alpha`, with
+    // nonzeros at the positions `nz` lists.
+    bool update(int p, const double* alpha, const Vec<int>& nz);
     int updates() const { return static_cast<int>(eta_pos_.size()); }
     // True when the next basis change should refactor instead of adding an eta: after 100
     // updates, or once the etas hold twice as many nonzeros as the factors (then each solve

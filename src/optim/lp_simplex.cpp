@@ -31,7 +31,7 @@ bool Simplex::load(Csc&& a, const double* cost, const double* lo, const double* 
     if (!cost_.assign(nm, 0.0) || !cost0_.assign(nm, 0.0) || !lo_.resize(nm) || !up_.resize(nm) ||
         !x_.assign(nm, 0.0) || !d_.assign(nm, 0.0) || !y_.assign(m, 0.0) || !w_.assign(m, 1.0) ||
         !head_.assign(m, 0) || !pos_.assign(nm, -1) || !state_.assign(nm, kAtLower) ||
-        !rho_.assign(m, 0.0) || !alpha_.assign(m, 0.0) || !tau_.assign(m, 0.0) ||
+        !rho_.assign(m, 0.0) || !alpha_.assign(m, 0.0) || !alpha_idx_.reserve(m) || !tau_.assign(m, 0.0) ||
         !work_.assign(m, 0.0) || !arow_.assign(nm, 0.0) || !arow_idx_.reserve(nm) ||
         !arow_mark_.assign(nm, 0) || !cand_.reserve(nm) ||
         !cand_a_.reserve(nm))
@@ -55,6 +55,18 @@ void Simplex::nonbasic_value(int j) {
     if (s == kFreeZero && up_[j] < kInf) s = kAtUpper;
     state_[j] = s;
     x_[j] = s == kAtLower ? lo_[j] : s == kAtUpper ? up_[j] : 0.0;
+}
+
+// alpha_ = B^-1 times column j of [A -I], and alpha_idx_ its nonzeros.
+void Simplex::ftran_column(int j) {
+    const int m = a_.m;
+    double* al = alpha_.data();
+    std::memset(al, 0, sizeof(double) * m);
+    load_column(j, al);
+    lu_.ftran(al);
+    alpha_idx_.clear();
+    for (int k = 0; k < m; ++k)
+        if (al[k] != 0) alpha_idx_.push(k);
 }
 
 void Simplex::load_column(int j, double* v) const {
@@ -141,9 +153,11 @@ void Simplex::pivot_row(const double* rho) {
         mark[arow_idx_[k]] = 0;
     }
     arow_idx_.clear();
+    double norm = 0;
     for (int i = 0; i < m; ++i) {
         double r = rho[i];
         if (r == 0) continue;
+        norm += r * r;
         for (int q = ar_.start[i]; q < ar_.start[i + 1]; ++q) {
             int j = ar_.index[q];
             ar[j] += r * ar_.value[q];
@@ -153,6 +167,7 @@ void Simplex::pivot_row(const double* rho) {
         mark[n + i] = 1;
         arow_idx_.push(n + i);
     }
+    rho_norm_ = norm;
 }
 
 bool Simplex::primal_feasible() const {
@@ -225,7 +240,7 @@ void Simplex::report() {
                   set_.progress_data);
 }
 
-bool Simplex::change_basis(int p, int q, const double* alpha) {
+bool Simplex::change_basis(int p, int q) {
     int out = head_[p];
     pos_[out] = -1;
     head_[p] = q;
@@ -234,7 +249,7 @@ bool Simplex::change_basis(int p, int q, const double* alpha) {
     d_[q] = 0;
     if (++iterations_ % 100 == 0) report();
     if (lu_.full()) return refactor();
-    if (!lu_.update(p, alpha)) { no_memory_ = true; return false; }
+    if (!lu_.update(p, alpha_.data(), alpha_idx_)) { no_memory_ = true; return false; }
     return true;
 }
 
@@ -327,9 +342,7 @@ LpStatus Simplex::dual_loop() {
             return LpStatus::Infeasible;
         }
 
-        std::memset(alpha_.data(), 0, sizeof(double) * m);
-        load_column(q, alpha_.data());
-        lu_.ftran(alpha_.data());
+        ftran_column(q);
         const double apq = alpha_[p];
         if (std::fabs(apq - arow_[q]) > 1e-7 * (1.0 + std::fabs(apq)) || std::fabs(apq) < 1e-11) {
             if (!fresh) {
@@ -363,7 +376,10 @@ LpStatus Simplex::dual_loop() {
         lu_.ftran(tau_.data());
 
         const double theta_p = (x_[jp] - bound) / apq;
-        for (int k = 0; k < m; ++k) x_[head_[k]] -= theta_p * alpha_[k];
+        for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            x_[head_[k]] -= theta_p * alpha_[k];
+        }
         x_[q] += theta_p;
         x_[jp] = bound;
 
@@ -391,10 +407,10 @@ LpStatus Simplex::dual_loop() {
         d_[jp] = -theta_d;
 
         // Dual steepest-edge weights.
-        double wp = 0;
-        for (int i = 0; i < m; ++i) wp += rho_[i] * rho_[i];
-        for (int k = 0; k < m; ++k) {
-            if (k == p || alpha_[k] == 0) continue;
+        const double wp = rho_norm_;
+        for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            if (k == p) continue;
             double r = alpha_[k] / apq;
             double wk = w_[k] + r * (r * wp - 2.0 * tau_[k]);
             w_[k] = wk > r * r ? wk : r * r;
@@ -405,7 +421,7 @@ LpStatus Simplex::dual_loop() {
 
         state_[jp] = s > 0 ? kAtUpper : kAtLower;
         bool refac = lu_.full();
-        if (!change_basis(p, q, alpha_.data())) continue;
+        if (!change_basis(p, q)) continue;
         fresh = false;
         if (refac) fresh = recompute();
     }
@@ -439,9 +455,7 @@ LpStatus Simplex::primal_loop() {
         }
         if (q < 0) return LpStatus::Optimal;
         const double dir = d_[q] < 0 ? 1.0 : -1.0;
-        std::memset(alpha_.data(), 0, sizeof(double) * m);
-        load_column(q, alpha_.data());
-        lu_.ftran(alpha_.data());
+        ftran_column(q);
         // Harris' two passes over x_B(t) = x_B - dir t alpha.
         double tmax = up_[q] - lo_[q];
         for (int k = 0; k < m; ++k) {
@@ -470,7 +484,10 @@ LpStatus Simplex::primal_loop() {
         const double range = up_[q] - lo_[q];
         if (p < 0 || range <= step) {
             // The entering variable reaches its other bound first.
-            for (int k = 0; k < m; ++k) x_[head_[k]] -= dir * range * alpha_[k];
+            for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            x_[head_[k]] -= dir * range * alpha_[k];
+        }
             state_[q] = state_[q] == kAtLower ? kAtUpper : kAtLower;
             nonbasic_value(q);
             ++iterations_;
@@ -478,7 +495,10 @@ LpStatus Simplex::primal_loop() {
         }
         const int jp = head_[p];
         const bool to_lower = -dir * alpha_[p] < 0;
-        for (int k = 0; k < m; ++k) x_[head_[k]] -= dir * step * alpha_[k];
+        for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            x_[head_[k]] -= dir * step * alpha_[k];
+        }
         x_[q] += dir * step;
         x_[jp] = to_lower ? lo_[jp] : up_[jp];
 
@@ -499,7 +519,7 @@ LpStatus Simplex::primal_loop() {
         d_[jp] = -theta_d;
         state_[jp] = to_lower ? kAtLower : kAtUpper;
         bool refac = lu_.full();
-        if (!change_basis(p, q, alpha_.data())) continue;
+        if (!change_basis(p, q)) continue;
         fresh = false;
         if (refac) fresh = recompute();
     }
