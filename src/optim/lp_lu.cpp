@@ -277,17 +277,18 @@ void BasisLu::ftran(double* x) {
     double* w = work_.data();
     for (int k = steps - 1; k >= 0; --k) {
         const int c = pcol_[k];
-        double v = x[prow_[k]] / diag_[k];
+        const double xr = x[prow_[k]];
+        if (xr == 0) { w[c] = 0; continue; }  // most entries are zero: no division for them
+        const double v = xr / diag_[k];
         w[c] = v;
-        if (v == 0) continue;
         for (int q = ucstart_[c]; q < ucstart_[c + 1]; ++q) x[ucrow_[q]] -= ucval_[q] * v;
     }
     std::memcpy(x, w, sizeof(double) * m_);
     for (std::size_t e = 0; e < eta_pos_.size(); ++e) {
-        int p = eta_pos_[e];
-        double xp = x[p] / eta_piv_[e];
+        const int p = eta_pos_[e];
+        if (x[p] == 0) continue;
+        const double xp = x[p] / eta_piv_[e];
         x[p] = xp;
-        if (xp == 0) continue;
         for (int q = eta_start_[e]; q < eta_start_[e + 1]; ++q) x[eta_idx_[q]] -= eta_val_[q] * xp;
     }
 }
@@ -302,9 +303,10 @@ void BasisLu::btran(double* y) {
     const int steps = static_cast<int>(prow_.size());
     double* w = work_.data();
     for (int k = 0; k < steps; ++k) {
-        double v = y[pcol_[k]] / diag_[k];
+        const double yc = y[pcol_[k]];
+        if (yc == 0) { w[prow_[k]] = 0; continue; }
+        const double v = yc / diag_[k];
         w[prow_[k]] = v;
-        if (v == 0) continue;
         for (int q = ustart_[k]; q < ustart_[k + 1]; ++q) y[uidx_[q]] -= uval_[q] * v;
     }
     for (std::size_t t = lsteps_.size(); t-- > 0;) {
