@@ -594,6 +594,18 @@ void Simplex::crash_free_columns() {
 }
 
 LpStatus Simplex::solve(const int* state, const SimplexSettings& settings) {
+    LpStatus st = run(state, settings);
+    if (st == LpStatus::IterationLimit) {
+        // The point and duals of the last basis, with the true costs and bounds (a stop inside
+        // the dual phase 1 or after cost shifts leaves other values behind).
+        const int nm = a_.m + a_.n;
+        for (int j = 0; j < nm; ++j) cost_[j] = cost0_[j];
+        recompute();
+    }
+    return st;
+}
+
+LpStatus Simplex::run(const int* state, const SimplexSettings& settings) {
     set_ = settings;
     const int m = a_.m, n = a_.n, nm = m + n;
     iterations_ = 0;

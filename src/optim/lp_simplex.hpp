@@ -64,6 +64,7 @@ private:
     double step_to_bound(int k, double g, double slack) const;
     LpStatus dual_phase1();
     void crash_free_columns();
+    LpStatus run(const int* state, const SimplexSettings& settings);
     void perturb_costs();
     bool change_basis(int p, int q);  // q replaces the variable at position p (alpha_ its column)
     void load_column(int j, double* v) const;  // v (by row, zeroed) = column j

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <cmath>
 #include <functional>
 #include <string>
@@ -314,6 +315,17 @@ const Failure kFailures[] = {
          return r;
      },
      8131, 0, "x2"},
+    // Free x with x + y <= 5 and x - y <= 3, y in [0, 1]: min x runs off as the rows' activities
+    // fall without limit; the ray is named by a row.
+    {"unbounded_by_rows",
+     [] {
+         LpRecord r;
+         int a = r.add_column(1, -kInf, kInf), b = r.add_column(0, 0, 1);
+         r.add_row('L', 5, {{a, 1}, {b, 1}});
+         r.add_row('L', 3, {{a, 1}, {b, -1}});
+         return r;
+     },
+     8131, 0, "r1|r2"},
 };
 
 TEST_F(Lp, InfeasibleAndUnbounded) {
@@ -327,7 +339,10 @@ TEST_F(Lp, InfeasibleAndUnbounded) {
             EXPECT_NEAR(real_slot(1), f.infeasibility, 1e-12) << f.name;
         }
         if (f.column) {
-            EXPECT_NE((std::string("|") + f.column + "|").find("|" + string_slot(1) + "|"), std::string::npos) << f.name;
+            // The name and its index (of a column or of a row) agree.
+            const std::string name = string_slot(1);
+            EXPECT_NE((std::string("|") + f.column + "|").find("|" + name + "|"), std::string::npos) << f.name << " " << name;
+            EXPECT_EQ(int_slot(1), std::atoi(name.c_str() + 1) - 1) << f.name;
         }
         EXPECT_EQ(qnum_f_linear_programming(r.record(), 0), nullptr) << f.name;
         EXPECT_EQ(last_code(), f.code) << f.name;
