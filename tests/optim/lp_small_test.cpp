@@ -224,6 +224,18 @@ TEST_F(Lp, WarmStart) {
     ASSERT_NE(x, nullptr);
     EXPECT_NEAR(obj, -0.05, 1e-15);
     qnum_free_allocated_memory(x);
+    // min x + y over x + 2y >= 2 in the box [0, 5]^2: the optimal basis (y basic) given with x
+    // named at its upper bound, where its reduced cost 1/2 says lower: moved back, no pivot.
+    LpRecord box;
+    int bx = box.add_column(1, 0, 5), by = box.add_column(1, 0, 5);
+    box.add_row('G', 2, {{bx, 1}, {by, 2}});
+    const int row_at_lower[1] = {QNUM_LP_AT_LOWER}, x_at_upper[2] = {QNUM_LP_AT_UPPER, QNUM_LP_BASIC};
+    x = qnum_d_linear_programming(box.record(), QNUM_LP_WARM_START, row_at_lower, x_at_upper,
+                                  QNUM_LP_ITERATIONS, &it, QNUM_LP_OBJ_VALUE, &obj, 0);
+    ASSERT_NE(x, nullptr);
+    EXPECT_EQ(it, 0);
+    EXPECT_DOUBLE_EQ(obj, 1);
+    qnum_free_allocated_memory(x);
 }
 
 TEST_F(Lp, IterationLimitReturnsLastPoint) {
