@@ -236,6 +236,13 @@ TEST_F(Lp, WarmStart) {
     EXPECT_EQ(it, 0);
     EXPECT_DOUBLE_EQ(obj, 1);
     qnum_free_allocated_memory(x);
+    // x = 3 with x in [0, 1], from the basis where x is basic: infeasible by 3 - 1 = 2.
+    LpRecord over;
+    over.add_row('E', 3, {{over.add_column(1, 0, 1), 1}});
+    const int row_fixed[1] = {QNUM_LP_FIXED}, x_basic[1] = {QNUM_LP_BASIC};
+    EXPECT_EQ(qnum_d_linear_programming(over.record(), QNUM_LP_WARM_START, row_fixed, x_basic, 0), nullptr);
+    EXPECT_EQ(last_code(), 8130);
+    EXPECT_DOUBLE_EQ(real_slot(1), 2);
 }
 
 TEST_F(Lp, IterationLimitReturnsLastPoint) {
