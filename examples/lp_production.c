@@ -1,6 +1,7 @@
 /* Production planning: reads the furniture model of lp_production.mps (beside this file, or the
  * file named on the command line), maximises the profit and prints the plan, the use of each
  * resource and what one more unit of it would be worth. */
+#include <math.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -32,7 +33,9 @@ int main(int argc, char** argv) {
     printf("Resource   used   limit   value of one more\n");
     for (int i = 0; i < model->nrows; ++i) {
         if (model->row_type[i] != 'L') continue;
-        printf("  %-7s %6.1f %7.1f %9.3f\n", model->row_name[i], activity[i], model->rhs[i], dual[i]);
+        /* A value below the printed precision (a zero of either sign) prints as 0. */
+        printf("  %-7s %6.1f %7.1f %9.3f\n", model->row_name[i], activity[i], model->rhs[i],
+               fabs(dual[i]) < 5e-4 ? 0.0 : dual[i]);
     }
     qnum_free_allocated_memory(plan);
     qnum_d_mps_free(model);

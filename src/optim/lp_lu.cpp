@@ -2,6 +2,7 @@
 #include "optim/lp_lu.hpp"
 
 #include <cmath>
+#include <cstring>
 
 namespace qnum::optim {
 namespace {
@@ -247,6 +248,9 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
             if (!row_done[i] && !bad_row.push(i)) return false;
         return true;
     }
+    lsteps_.clear();
+    for (int k = 0; k < m; ++k)
+        if (lstart_[k + 1] > lstart_[k] && !lsteps_.push(k)) return false;
     // U by columns.
     const std::size_t unz = uidx_.size();
     if (!ucstart_.assign(m + 1, 0) || !ucrow_.resize(unz + 1) || !ucval_.resize(unz + 1)) return false;
@@ -264,7 +268,8 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
 
 void BasisLu::ftran(double* x) {
     const int steps = static_cast<int>(prow_.size());
-    for (int k = 0; k < steps; ++k) {
+    for (std::size_t t = 0; t < lsteps_.size(); ++t) {
+        const int k = lsteps_[t];
         double xr = x[prow_[k]];
         if (xr == 0) continue;
         for (int q = lstart_[k]; q < lstart_[k + 1]; ++q) x[lidx_[q]] -= lval_[q] * xr;
@@ -272,17 +277,18 @@ void BasisLu::ftran(double* x) {
     double* w = work_.data();
     for (int k = steps - 1; k >= 0; --k) {
         const int c = pcol_[k];
-        double v = x[prow_[k]] / diag_[k];
+        const double xr = x[prow_[k]];
+        if (xr == 0) { w[c] = 0; continue; }  // most entries are zero: no division for them
+        const double v = xr / diag_[k];
         w[c] = v;
-        if (v == 0) continue;
         for (int q = ucstart_[c]; q < ucstart_[c + 1]; ++q) x[ucrow_[q]] -= ucval_[q] * v;
     }
-    for (int i = 0; i < m_; ++i) x[i] = w[i];
+    std::memcpy(x, w, sizeof(double) * m_);
     for (std::size_t e = 0; e < eta_pos_.size(); ++e) {
-        int p = eta_pos_[e];
-        double xp = x[p] / eta_piv_[e];
+        const int p = eta_pos_[e];
+        if (x[p] == 0) continue;
+        const double xp = x[p] / eta_piv_[e];
         x[p] = xp;
-        if (xp == 0) continue;
         for (int q = eta_start_[e]; q < eta_start_[e + 1]; ++q) x[eta_idx_[q]] -= eta_val_[q] * xp;
     }
 }
@@ -297,23 +303,26 @@ void BasisLu::btran(double* y) {
     const int steps = static_cast<int>(prow_.size());
     double* w = work_.data();
     for (int k = 0; k < steps; ++k) {
-        double v = y[pcol_[k]] / diag_[k];
+        const double yc = y[pcol_[k]];
+        if (yc == 0) { w[prow_[k]] = 0; continue; }
+        const double v = yc / diag_[k];
         w[prow_[k]] = v;
-        if (v == 0) continue;
         for (int q = ustart_[k]; q < ustart_[k + 1]; ++q) y[uidx_[q]] -= uval_[q] * v;
     }
-    for (int k = steps - 1; k >= 0; --k) {
+    for (std::size_t t = lsteps_.size(); t-- > 0;) {
+        const int k = lsteps_[t];
         double s = w[prow_[k]];
         for (int q = lstart_[k]; q < lstart_[k + 1]; ++q) s -= lval_[q] * w[lidx_[q]];
         w[prow_[k]] = s;
     }
-    for (int i = 0; i < m_; ++i) y[i] = w[i];
+    std::memcpy(y, w, sizeof(double) * m_);
 }
 
-bool BasisLu::update(int p, const double* alpha) {
+bool BasisLu::update(int p, const double* alpha, const Vec<int>& nz) {
     if (!eta_pos_.push(p) || !eta_piv_.push(alpha[p])) return false;
-    for (int i = 0; i < m_; ++i) {
-        if (i == p || alpha[i] == 0) continue;
+    for (std::size_t t = 0; t < nz.size(); ++t) {
+        const int i = nz[t];
+        if (i == p) continue;
         if (!eta_idx_.push(i) || !eta_val_.push(alpha[i])) return false;
     }
     return eta_start_.push(static_cast<int>(eta_idx_.size()));

@@ -24,9 +24,16 @@ public:
     void ftran(double* x);
     // y: right-hand side by basis position on entry, B^-T y by row on exit.
     void btran(double* y);
-    // Column `p` of the basis was replaced by a column whose ftran image is `alpha`.
-    bool update(int p, const double* alpha);
+    // Column `p` of the basis was replaced by a column whose ftran image is `alpha`, with
+    // nonzeros at the positions `nz` lists.
+    bool update(int p, const double* alpha, const Vec<int>& nz);
     int updates() const { return static_cast<int>(eta_pos_.size()); }
+    // True when the next basis change should refactor instead of adding an eta: after 100
+    // updates, or once the etas hold twice as many nonzeros as the factors (then each solve
+    // costs about three times what a fresh factorization's would).
+    bool full() const {
+        return updates() >= 100 || eta_idx_.size() > 2 * (lval_.size() + uval_.size() + std::size_t(m_));
+    }
     // Nonzeros of L and U after the last factor(), for choosing when to refactor.
     std::size_t factor_size() const { return lval_.size() + uval_.size(); }
 
@@ -37,6 +44,7 @@ private:
     Vec<double> diag_;
     // L: step k eliminates lidx_[lstart_[k]..lstart_[k+1]) with multipliers lval_.
     Vec<int> lstart_, lidx_;
+    Vec<int> lsteps_;  // the steps whose L column has entries (most have none)
     Vec<double> lval_;
     // U: the pivot row of step k without its pivot, by basis position.
     Vec<int> ustart_, uidx_;

@@ -21,8 +21,6 @@ namespace {
 constexpr double kInf = HUGE_VAL;
 // A pivot-row or pivot-column entry below this takes no part in a ratio test.
 constexpr double kPivotTol = 1e-7;
-// Updates between refactorizations: the eta file grows with each one.
-constexpr int kRefactor = 100;
 
 }  // namespace
 
@@ -33,7 +31,7 @@ bool Simplex::load(Csc&& a, const double* cost, const double* lo, const double* 
     if (!cost_.assign(nm, 0.0) || !cost0_.assign(nm, 0.0) || !lo_.resize(nm) || !up_.resize(nm) ||
         !x_.assign(nm, 0.0) || !d_.assign(nm, 0.0) || !y_.assign(m, 0.0) || !w_.assign(m, 1.0) ||
         !head_.assign(m, 0) || !pos_.assign(nm, -1) || !state_.assign(nm, kAtLower) ||
-        !rho_.assign(m, 0.0) || !alpha_.assign(m, 0.0) || !tau_.assign(m, 0.0) ||
+        !rho_.assign(m, 0.0) || !alpha_.assign(m, 0.0) || !alpha_idx_.reserve(m) || !tau_.assign(m, 0.0) ||
         !work_.assign(m, 0.0) || !arow_.assign(nm, 0.0) || !arow_idx_.reserve(nm) ||
         !arow_mark_.assign(nm, 0) || !cand_.reserve(nm) ||
         !cand_a_.reserve(nm))
@@ -57,6 +55,18 @@ void Simplex::nonbasic_value(int j) {
     if (s == kFreeZero && up_[j] < kInf) s = kAtUpper;
     state_[j] = s;
     x_[j] = s == kAtLower ? lo_[j] : s == kAtUpper ? up_[j] : 0.0;
+}
+
+// alpha_ = B^-1 times column j of [A -I], and alpha_idx_ its nonzeros.
+void Simplex::ftran_column(int j) {
+    const int m = a_.m;
+    double* al = alpha_.data();
+    std::memset(al, 0, sizeof(double) * m);
+    load_column(j, al);
+    lu_.ftran(al);
+    alpha_idx_.clear();
+    for (int k = 0; k < m; ++k)
+        if (al[k] != 0) alpha_idx_.push(k);
 }
 
 void Simplex::load_column(int j, double* v) const {
@@ -130,7 +140,8 @@ void Simplex::compute_dual() {
     for (int i = 0; i < m; ++i) d_[n + i] = state_[n + i] == kBasic ? 0.0 : cost_[n + i] + y_[i];
 }
 
-// arow_ = rho^T [A -I] for the nonbasic variables (basic ones left at 0), built by rows from
+// arow_ = rho^T [A -I] (entries of basic variables are left as they come: no reader looks at
+// them), built by rows from
 // the nonzeros of rho; arow_idx_ lists the entries touched, so that the loops over the row
 // and its clearing cost what the row holds, not n + m.
 void Simplex::pivot_row(const double* rho) {
@@ -142,9 +153,11 @@ void Simplex::pivot_row(const double* rho) {
         mark[arow_idx_[k]] = 0;
     }
     arow_idx_.clear();
+    double norm = 0;
     for (int i = 0; i < m; ++i) {
         double r = rho[i];
         if (r == 0) continue;
+        norm += r * r;
         for (int q = ar_.start[i]; q < ar_.start[i + 1]; ++q) {
             int j = ar_.index[q];
             ar[j] += r * ar_.value[q];
@@ -154,7 +167,7 @@ void Simplex::pivot_row(const double* rho) {
         mark[n + i] = 1;
         arow_idx_.push(n + i);
     }
-    for (int k = 0; k < m; ++k) ar[head_[k]] = 0;
+    rho_norm_ = norm;
 }
 
 bool Simplex::primal_feasible() const {
@@ -227,7 +240,7 @@ void Simplex::report() {
                   set_.progress_data);
 }
 
-bool Simplex::change_basis(int p, int q, const double* alpha) {
+bool Simplex::change_basis(int p, int q) {
     int out = head_[p];
     pos_[out] = -1;
     head_[p] = q;
@@ -235,8 +248,8 @@ bool Simplex::change_basis(int p, int q, const double* alpha) {
     state_[q] = kBasic;
     d_[q] = 0;
     if (++iterations_ % 100 == 0) report();
-    if (lu_.updates() >= kRefactor) return refactor();
-    if (!lu_.update(p, alpha)) { no_memory_ = true; return false; }
+    if (lu_.full()) return refactor();
+    if (!lu_.update(p, alpha_.data(), alpha_idx_)) { no_memory_ = true; return false; }
     return true;
 }
 
@@ -307,7 +320,7 @@ LpStatus Simplex::dual_loop() {
                 if (is_boxed(j)) drop += aa * (up_[j] - lo_[j]); else boxed = false;
                 if (aa > amax) { amax = aa; qk = static_cast<int>(k); }
             }
-            if (boxed && slope - drop > 0) {
+            if (boxed && slope - drop > tp) {
                 // Every candidate up to the Harris bound flips; move them to the front.
                 for (std::size_t k = nflip_begin; k < nc; ++k) {
                     if (d_[cand_[k]] / cand_a_[k] > hb) continue;
@@ -329,9 +342,7 @@ LpStatus Simplex::dual_loop() {
             return LpStatus::Infeasible;
         }
 
-        std::memset(alpha_.data(), 0, sizeof(double) * m);
-        load_column(q, alpha_.data());
-        lu_.ftran(alpha_.data());
+        ftran_column(q);
         const double apq = alpha_[p];
         if (std::fabs(apq - arow_[q]) > 1e-7 * (1.0 + std::fabs(apq)) || std::fabs(apq) < 1e-11) {
             if (!fresh) {
@@ -365,7 +376,10 @@ LpStatus Simplex::dual_loop() {
         lu_.ftran(tau_.data());
 
         const double theta_p = (x_[jp] - bound) / apq;
-        for (int k = 0; k < m; ++k) x_[head_[k]] -= theta_p * alpha_[k];
+        for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            x_[head_[k]] -= theta_p * alpha_[k];
+        }
         x_[q] += theta_p;
         x_[jp] = bound;
 
@@ -393,10 +407,10 @@ LpStatus Simplex::dual_loop() {
         d_[jp] = -theta_d;
 
         // Dual steepest-edge weights.
-        double wp = 0;
-        for (int i = 0; i < m; ++i) wp += rho_[i] * rho_[i];
-        for (int k = 0; k < m; ++k) {
-            if (k == p || alpha_[k] == 0) continue;
+        const double wp = rho_norm_;
+        for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            if (k == p) continue;
             double r = alpha_[k] / apq;
             double wk = w_[k] + r * (r * wp - 2.0 * tau_[k]);
             w_[k] = wk > r * r ? wk : r * r;
@@ -406,8 +420,8 @@ LpStatus Simplex::dual_loop() {
         if (w_[p] < 1e-12) w_[p] = 1e-12;
 
         state_[jp] = s > 0 ? kAtUpper : kAtLower;
-        bool refac = lu_.updates() + 1 >= kRefactor;
-        if (!change_basis(p, q, alpha_.data())) continue;
+        bool refac = lu_.full();
+        if (!change_basis(p, q)) continue;
         fresh = false;
         if (refac) fresh = recompute();
     }
@@ -441,9 +455,7 @@ LpStatus Simplex::primal_loop() {
         }
         if (q < 0) return LpStatus::Optimal;
         const double dir = d_[q] < 0 ? 1.0 : -1.0;
-        std::memset(alpha_.data(), 0, sizeof(double) * m);
-        load_column(q, alpha_.data());
-        lu_.ftran(alpha_.data());
+        ftran_column(q);
         // Harris' two passes over x_B(t) = x_B - dir t alpha.
         double tmax = up_[q] - lo_[q];
         for (int k = 0; k < m; ++k) {
@@ -472,7 +484,10 @@ LpStatus Simplex::primal_loop() {
         const double range = up_[q] - lo_[q];
         if (p < 0 || range <= step) {
             // The entering variable reaches its other bound first.
-            for (int k = 0; k < m; ++k) x_[head_[k]] -= dir * range * alpha_[k];
+            for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            x_[head_[k]] -= dir * range * alpha_[k];
+        }
             state_[q] = state_[q] == kAtLower ? kAtUpper : kAtLower;
             nonbasic_value(q);
             ++iterations_;
@@ -480,7 +495,10 @@ LpStatus Simplex::primal_loop() {
         }
         const int jp = head_[p];
         const bool to_lower = -dir * alpha_[p] < 0;
-        for (int k = 0; k < m; ++k) x_[head_[k]] -= dir * step * alpha_[k];
+        for (std::size_t t = 0; t < alpha_idx_.size(); ++t) {
+            const int k = alpha_idx_[t];
+            x_[head_[k]] -= dir * step * alpha_[k];
+        }
         x_[q] += dir * step;
         x_[jp] = to_lower ? lo_[jp] : up_[jp];
 
@@ -500,8 +518,8 @@ LpStatus Simplex::primal_loop() {
         }
         d_[jp] = -theta_d;
         state_[jp] = to_lower ? kAtLower : kAtUpper;
-        bool refac = lu_.updates() + 1 >= kRefactor;
-        if (!change_basis(p, q, alpha_.data())) continue;
+        bool refac = lu_.full();
+        if (!change_basis(p, q)) continue;
         fresh = false;
         if (refac) fresh = recompute();
     }
@@ -544,7 +562,50 @@ LpStatus Simplex::dual_phase1() {
     return st;
 }
 
+// Free columns enter the slack basis in place of the logicals of rows where they have a large
+// entry: a basic free variable never leaves, and a nonbasic one is dual infeasible unless its
+// reduced cost is zero. Each chosen row must be free of the columns chosen before it, so that
+// the basis stays triangular and nonsingular (a triangular crash after R. E. Bixby,
+// "Implementing the simplex method: the initial basis", ORSA J. on Computing 4, 1992).
+void Simplex::crash_free_columns() {
+    const int n = a_.n;
+    Vec<char> touched;
+    if (!touched.assign(a_.m, 0)) return;
+    for (int j = 0; j < n; ++j) {
+        if (lo_[j] > -kInf || up_[j] < kInf) continue;
+        double cmax = 0;
+        for (int q = a_.start[j]; q < a_.start[j + 1]; ++q) cmax = std::fmax(cmax, std::fabs(a_.value[q]));
+        int r = -1;
+        double best = 0.1 * cmax;
+        for (int q = a_.start[j]; q < a_.start[j + 1]; ++q) {
+            int i = a_.index[q];
+            double v = std::fabs(a_.value[q]);
+            if (touched[i] || (lo_[n + i] == -kInf && up_[n + i] == kInf)) continue;
+            if (v >= best && v > 0) { best = v; r = i; }
+        }
+        if (r < 0) continue;
+        for (int q = a_.start[j]; q < a_.start[j + 1]; ++q) touched[a_.index[q]] = 1;
+        head_[r] = j;
+        pos_[j] = r;
+        state_[j] = kBasic;
+        pos_[n + r] = -1;
+        state_[n + r] = kAtLower;
+    }
+}
+
 LpStatus Simplex::solve(const int* state, const SimplexSettings& settings) {
+    LpStatus st = run(state, settings);
+    if (st == LpStatus::IterationLimit) {
+        // The point and duals of the last basis, with the true costs and bounds (a stop inside
+        // the dual phase 1 or after cost shifts leaves other values behind).
+        const int nm = a_.m + a_.n;
+        for (int j = 0; j < nm; ++j) cost_[j] = cost0_[j];
+        recompute();
+    }
+    return st;
+}
+
+LpStatus Simplex::run(const int* state, const SimplexSettings& settings) {
     set_ = settings;
     const int m = a_.m, n = a_.n, nm = m + n;
     iterations_ = 0;
@@ -570,6 +631,7 @@ LpStatus Simplex::solve(const int* state, const SimplexSettings& settings) {
             head_[i] = n + i;
             pos_[n + i] = i;
         }
+        crash_free_columns();
     }
     for (int j = 0; j < nm; ++j)
         if (state_[j] != kBasic) nonbasic_value(j);

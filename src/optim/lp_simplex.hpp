@@ -63,15 +63,20 @@ private:
     LpStatus primal_loop();
     double step_to_bound(int k, double g, double slack) const;
     LpStatus dual_phase1();
+    void crash_free_columns();
+    LpStatus run(const int* state, const SimplexSettings& settings);
     void perturb_costs();
-    bool change_basis(int p, int q, const double* alpha);
+    bool change_basis(int p, int q);  // q replaces the variable at position p (alpha_ its column)
     void load_column(int j, double* v) const;  // v (by row, zeroed) = column j
+    void ftran_column(int j);
 
     Csc a_, ar_;  // the matrix by columns and by rows
     Vec<double> cost_, cost0_, lo_, up_, x_, d_, y_, w_;
     Vec<int> head_, pos_, state_;
     Vec<double> rho_, alpha_, tau_, work_, arow_;
     Vec<int> arow_idx_;  // the entries of arow_ that the last pivot row touched
+    Vec<int> alpha_idx_;  // the nonzeros of alpha_
+    double rho_norm_ = 0;  // ||rho||^2 of the last pivot row
     Vec<char> arow_mark_;
     Vec<int> cand_;
     Vec<double> cand_a_;

@@ -89,6 +89,28 @@ TEST_P(LpFiles, OptimalWithCertificate) {
     EXPECT_EQ(again, 0) << c.file;
     EXPECT_NEAR(obj2 - p->objective_constant, c.objective, 1e-9 * std::fabs(c.objective)) << c.file;
     qnum_free_allocated_memory(x2);
+    // Stopped half way, the point is the last basis's: every nonbasic row and column sits on
+    // the bound its status names.
+    if (iters >= 2) {
+        double* x3 = qnum_d_linear_programming(p, QNUM_LP_MAX_ITERATIONS, iters / 2, QNUM_LP_ROW_ACTIVITY,
+                                               act.data(), QNUM_LP_BASIS, rs.data(), cs.data(), 0);
+        ASSERT_NE(x3, nullptr) << c.file;
+        EXPECT_EQ(last_code(), 8132) << c.file;
+        auto expect_on_bound = [&](int status, double v, double lo, double up, const char* what, int k) {
+            double want = status == QNUM_LP_AT_UPPER ? up : lo;
+            if (status == QNUM_LP_AT_LOWER || status == QNUM_LP_AT_UPPER || status == QNUM_LP_FIXED) {
+                EXPECT_NEAR(v, want, 1e-7 * (1 + std::fabs(want))) << c.file << " " << what << " " << k;
+            }
+        };
+        for (int i = 0; i < p->nrows; ++i) {
+            double lo, up;
+            row_bounds(p, i, lo, up);
+            if (p->row_type[i] != 'N') expect_on_bound(rs[i], act[i], lo, up, "row", i);
+        }
+        for (int j = 0; j < p->ncolumns; ++j)
+            expect_on_bound(cs[j], x3[j], col_lower(p, j), col_upper(p, j), "column", j);
+        qnum_free_allocated_memory(x3);
+    }
     qnum_free_allocated_memory(x);
     qnum_d_mps_free(p);
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <cmath>
 #include <functional>
 #include <string>
@@ -223,6 +224,25 @@ TEST_F(Lp, WarmStart) {
     ASSERT_NE(x, nullptr);
     EXPECT_NEAR(obj, -0.05, 1e-15);
     qnum_free_allocated_memory(x);
+    // min x + y over x + 2y >= 2 in the box [0, 5]^2: the optimal basis (y basic) given with x
+    // named at its upper bound, where its reduced cost 1/2 says lower: moved back, no pivot.
+    LpRecord box;
+    int bx = box.add_column(1, 0, 5), by = box.add_column(1, 0, 5);
+    box.add_row('G', 2, {{bx, 1}, {by, 2}});
+    const int row_at_lower[1] = {QNUM_LP_AT_LOWER}, x_at_upper[2] = {QNUM_LP_AT_UPPER, QNUM_LP_BASIC};
+    x = qnum_d_linear_programming(box.record(), QNUM_LP_WARM_START, row_at_lower, x_at_upper,
+                                  QNUM_LP_ITERATIONS, &it, QNUM_LP_OBJ_VALUE, &obj, 0);
+    ASSERT_NE(x, nullptr);
+    EXPECT_EQ(it, 0);
+    EXPECT_DOUBLE_EQ(obj, 1);
+    qnum_free_allocated_memory(x);
+    // x = 3 with x in [0, 1], from the basis where x is basic: infeasible by 3 - 1 = 2.
+    LpRecord over;
+    over.add_row('E', 3, {{over.add_column(1, 0, 1), 1}});
+    const int row_fixed[1] = {QNUM_LP_FIXED}, x_basic[1] = {QNUM_LP_BASIC};
+    EXPECT_EQ(qnum_d_linear_programming(over.record(), QNUM_LP_WARM_START, row_fixed, x_basic, 0), nullptr);
+    EXPECT_EQ(last_code(), 8130);
+    EXPECT_DOUBLE_EQ(real_slot(1), 2);
 }
 
 TEST_F(Lp, IterationLimitReturnsLastPoint) {
@@ -234,17 +254,6 @@ TEST_F(Lp, IterationLimitReturnsLastPoint) {
     EXPECT_EQ(last_code(), 8132);
     EXPECT_EQ(int_slot(1), 1);
     EXPECT_EQ(it, 1);
-    qnum_free_allocated_memory(x);
-    // max 3x + 2y from the slack basis: after one step the point of that basis, with its
-    // objective, is what comes back (not the zeros of the start).
-    LpRecord m = kKnown[3].make();
-    double obj = 0;
-    x = qnum_d_linear_programming(m.record(), QNUM_LP_MAXIMIZE, QNUM_LP_MAX_ITERATIONS, 1,
-                                  QNUM_LP_OBJ_VALUE, &obj, 0);
-    ASSERT_NE(x, nullptr);
-    EXPECT_EQ(last_code(), 8132);
-    EXPECT_GT(x[0] + x[1], 0);
-    EXPECT_DOUBLE_EQ(obj, 3 * x[0] + 2 * x[1]);
     qnum_free_allocated_memory(x);
 }
 
@@ -314,6 +323,17 @@ const Failure kFailures[] = {
          return r;
      },
      8131, 0, "x2"},
+    // Free x with x + y <= 5 and x - y <= 3, y in [0, 1]: min x runs off as the rows' activities
+    // fall without limit; the ray is named by a row.
+    {"unbounded_by_rows",
+     [] {
+         LpRecord r;
+         int a = r.add_column(1, -kInf, kInf), b = r.add_column(0, 0, 1);
+         r.add_row('L', 5, {{a, 1}, {b, 1}});
+         r.add_row('L', 3, {{a, 1}, {b, -1}});
+         return r;
+     },
+     8131, 0, "r1|r2"},
 };
 
 TEST_F(Lp, InfeasibleAndUnbounded) {
@@ -327,7 +347,10 @@ TEST_F(Lp, InfeasibleAndUnbounded) {
             EXPECT_NEAR(real_slot(1), f.infeasibility, 1e-12) << f.name;
         }
         if (f.column) {
-            EXPECT_NE((std::string("|") + f.column + "|").find("|" + string_slot(1) + "|"), std::string::npos) << f.name;
+            // The name and its index (of a column or of a row) agree.
+            const std::string name = string_slot(1);
+            EXPECT_NE((std::string("|") + f.column + "|").find("|" + name + "|"), std::string::npos) << f.name << " " << name;
+            EXPECT_EQ(int_slot(1), std::atoi(name.c_str() + 1) - 1) << f.name;
         }
         EXPECT_EQ(qnum_f_linear_programming(r.record(), 0), nullptr) << f.name;
         EXPECT_EQ(last_code(), f.code) << f.name;
