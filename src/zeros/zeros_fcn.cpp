@@ -24,7 +24,11 @@ struct Settings {
 // value; fx receives f itself.
 template <class T>
 T evaluate(const UserFcn<T>& f, const Settings<T>& s, const T* found, int nfound, T& x, T& fx) {
-    for (;;) {
+    // Pushes one eta at a time are what the iteration expects; an eps many etas wide (1e300
+    // with the default eta) would take forever that way, so after a few pushes x steps
+    // straight to the edge of the neighbourhood it is in.
+    constexpr int single_pushes = 64;
+    for (int pushes = 0;; ++pushes) {
         fx = f(x);
         T deflated = fx;
         int j = 0;
@@ -34,7 +38,12 @@ T evaluate(const UserFcn<T>& f, const Settings<T>& s, const T* found, int nfound
         }
         // A push that cannot move x (eta = 0, or too small for x's size) would never end.
         if (j == nfound || x + s.eta == x) return deflated;
-        x += s.eta;
+        const T edge = found[j] + (s.eta > 0 ? s.eps : -s.eps);
+        if (pushes >= single_pushes && (s.eta > 0 ? edge > x : edge < x)) {
+            x = edge;
+        } else {
+            x += s.eta;
+        }
     }
 }
 
@@ -130,8 +139,15 @@ T* zeros_fcn(T (*fcn)(T), frame::Options opt) {
         case QNUM_NUM_ROOTS: s.num_roots = opt.get<int>(); break;
         case QNUM_MAX_EVALS: s.itmax = opt.get<int>(); break;
         case QNUM_XGUESS: xguess = opt.ptr<T>("xguess", "QNUM_XGUESS"); break;
-        case QNUM_INFO_USER: info_user = opt.ptr<int>("info", "QNUM_INFO_USER"); break;
-        case QNUM_INFO: info_address = opt.ptr<int*>("info", "QNUM_INFO"); break;
+        // The counts go to one place: of QNUM_INFO_USER and QNUM_INFO, the later one wins.
+        case QNUM_INFO_USER:
+            info_user = opt.ptr<int>("info", "QNUM_INFO_USER");
+            info_address = nullptr;
+            break;
+        case QNUM_INFO:
+            info_address = opt.ptr<int*>("info", "QNUM_INFO");
+            info_user = nullptr;
+            break;
         case QNUM_RETURN_USER:
             if (T* p = opt.ptr<T>("zeros", "QNUM_RETURN_USER")) zeros.borrow(p);
             break;

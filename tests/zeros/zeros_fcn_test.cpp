@@ -239,6 +239,31 @@ TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     EXPECT_NEAR(z[0], a, 1e-6);
     EXPECT_GE(std::abs(z[1] - z[0]), eps);
     qnum_free_allocated_memory(z);
+
+    // An eps of 10^4 etas: the second search steps out of the first zero's neighbourhood
+    // instead of being pushed 10^4 times one eta at a time.
+    Recorder<T>::f = [](T x) { return x - T(0.25); };
+    Recorder<T>::points.clear();
+    z = zeros<T>(Recorder<T>::call, QNUM_NUM_ROOTS, 2, QNUM_EPS, 100.0, QNUM_MAX_EVALS, 10, 0);
+    ASSERT_NE(z, nullptr);
+    EXPECT_LT(Recorder<T>::points.size(), 1000u);
+    EXPECT_GE(std::abs(z[1] - z[0]), T(100));
+    qnum_free_allocated_memory(z);
+
+    // Counts asked for twice go where the later option says, never both.
+    int* fresh = nullptr;
+    count = -1;
+    z = zeros<T>(cosx, QNUM_INFO_USER, &count, QNUM_INFO, &fresh, 0);
+    ASSERT_NE(fresh, nullptr);
+    EXPECT_EQ(count, -1);
+    EXPECT_GT(fresh[0], 0);
+    qnum_free_allocated_memory(fresh);
+    qnum_free_allocated_memory(z);
+    fresh = nullptr;
+    z = zeros<T>(cosx, QNUM_INFO, &fresh, QNUM_INFO_USER, &count, 0);
+    EXPECT_EQ(fresh, nullptr);
+    EXPECT_GT(count, 0);
+    qnum_free_allocated_memory(z);
 }
 
 // Caller mistakes: TERMINAL errors and NULL, nothing evaluated.
