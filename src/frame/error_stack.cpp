@@ -61,14 +61,19 @@ void append_format(Context* c, const char* fmt, A... args) {
 
 // A user format must hold exactly one conversion of the kind the slot needs; anything else
 // (a %n, a second conversion, a width given by '*') falls back to the kind's default, so a
-// template can never read arguments that were not passed.
+// template can never read arguments that were not passed. Widths and precisions of more
+// than three digits fall back too: a damaged catalogue must not make a message of millions
+// of characters.
 bool safe_format(const char* fmt, const char* allowed, int conversions) {
     int seen = 0;
     for (const char* p = fmt; *p; ++p) {
         if (*p != '%') continue;
         ++p;
         if (*p == '%') continue;
-        while (*p && std::strchr("-+ #0123456789.lhLqjzt", *p)) ++p;
+        for (int digits = 0; *p && std::strchr("-+ #0123456789.lhLqjzt", *p); ++p) {
+            digits = std::isdigit(static_cast<unsigned char>(*p)) ? digits + 1 : 0;
+            if (digits > 3) return false;
+        }
         if (!*p || !std::strchr(allowed, *p)) return false;
         ++seen;
     }

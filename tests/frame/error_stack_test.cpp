@@ -124,7 +124,8 @@ INSTANTIATE_TEST_SUITE_P(
                       FormatCase{"%(s1%-7s)|", "alpha  |"}, FormatCase{"a%/b", "a\nb"},
                       FormatCase{"%(q1) stays", "%(q1) stays"}, FormatCase{"%(i) stays", "%(i) stays"},
                       FormatCase{"100%", "100%"}, FormatCase{"%(i1%n)", "42"},
-                      FormatCase{"%(i1", "%(i1"}));
+                      FormatCase{"%(i1", "%(i1"}, FormatCase{"%(i1%333333331d)", "42"},
+                      FormatCase{"%(d1%.1000f)", "2.500000e+00"}, FormatCase{"%(i1%03d)", "042"}));
 
 TEST(ErrorStack, MessageBufferGrowsForLongTexts) {
     QuietErrors quiet;
