@@ -193,6 +193,8 @@ TYPED_TEST(Nonneg, EveryErrorWithItsSubstitutions) {
          [&] { return nonnegdef(n, A, B, QNUM_INVERSE, &fp, QNUM_INV_COL_DIM, 2, 0); }},
         {"factor column dimension", 1062, {1, 3}, {"factor", "n"},
          [&] { return nonnegdef(n, A, B, QNUM_FACTOR, &fp, QNUM_FAC_COL_DIM, 1, 0); }},
+        {"factor column dimension, internal factor", 1062, {2, 3}, {"factor", "n"},
+         [&] { return nonnegdef(n, A, B, QNUM_FAC_COL_DIM, 2, 0); }},
         {"null a", 150, {}, {"a"}, [&] { return nonnegdef(n, nul, B, 0); }},
         {"null b", 150, {}, {"b"}, [&] { return nonnegdef(n, A, nul, 0); }},
         {"tolerance above 1", 1048, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_TOLERANCE, 2.0, 0); }},
