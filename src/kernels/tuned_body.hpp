@@ -33,6 +33,8 @@ struct V<double> {
     static void store(double* p, R v) { _mm512_storeu_pd(p, v); }
     static R fma(R a, R b, R c) { return _mm512_fmadd_pd(a, b, c); }
     static R add(R a, R b) { return _mm512_add_pd(a, b); }
+    static R mul(R a, R b) { return _mm512_mul_pd(a, b); }
+    static R swap(R a) { return _mm512_permute_pd(a, 0x55); }
     static R max(R a, R b) { return _mm512_max_pd(a, b); }
     static R abs(R a) { return _mm512_abs_pd(a); }
     static double sum(R a) { return _mm512_reduce_add_pd(a); }
@@ -51,6 +53,8 @@ struct V<float> {
     static void store(float* p, R v) { _mm512_storeu_ps(p, v); }
     static R fma(R a, R b, R c) { return _mm512_fmadd_ps(a, b, c); }
     static R add(R a, R b) { return _mm512_add_ps(a, b); }
+    static R mul(R a, R b) { return _mm512_mul_ps(a, b); }
+    static R swap(R a) { return _mm512_permute_ps(a, 0xB1); }
     static R max(R a, R b) { return _mm512_max_ps(a, b); }
     static R abs(R a) { return _mm512_abs_ps(a); }
     static float sum(R a) { return _mm512_reduce_add_ps(a); }
@@ -68,6 +72,8 @@ struct V<double> {
     static void store(double* p, R v) { _mm256_storeu_pd(p, v); }
     static R fma(R a, R b, R c) { return _mm256_fmadd_pd(a, b, c); }
     static R add(R a, R b) { return _mm256_add_pd(a, b); }
+    static R mul(R a, R b) { return _mm256_mul_pd(a, b); }
+    static R swap(R a) { return _mm256_permute_pd(a, 0x5); }
     static R max(R a, R b) { return _mm256_max_pd(a, b); }
     static R abs(R a) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), a); }
     static double sum(R a) {
@@ -91,6 +97,8 @@ struct V<float> {
     static void store(float* p, R v) { _mm256_storeu_ps(p, v); }
     static R fma(R a, R b, R c) { return _mm256_fmadd_ps(a, b, c); }
     static R add(R a, R b) { return _mm256_add_ps(a, b); }
+    static R mul(R a, R b) { return _mm256_mul_ps(a, b); }
+    static R swap(R a) { return _mm256_permute_ps(a, 0xB1); }
     static R max(R a, R b) { return _mm256_max_ps(a, b); }
     static R abs(R a) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a); }
     static float sum(R a) {
@@ -256,6 +264,232 @@ void gemv_t(long m, long n, T alpha, const T* a, long lda, const T* x, T* y, lon
         y[(j + 3) * incy] += alpha * s3;
     }
     for (; j < n; ++j) y[j * incy] += alpha * dot(m, a + j * lda, x);
+}
+
+// ---- complex data ----
+//
+// A complex array is its interleaved pairs of reals, so a register holds w/2 complex numbers.
+// A product t * z is t_re * z + (-t_im, t_im) * swap(z), swap exchanging the two parts of each
+// pair: two multiply-adds per register. The sums of products keep two accumulators, z * u and
+// z * swap(u), whose lanes are combined with signs once at the end.
+
+// The register whose even lanes hold `even` and odd lanes `odd`.
+template <class T>
+typename V<T>::R pairs(T even, T odd) {
+    alignas(64) T p[V<T>::w];
+    for (long i = 0; i < V<T>::w; i += 2) p[i] = even, p[i + 1] = odd;
+    return V<T>::load(p);
+}
+
+// sum(a) and sum(a * (1, -1)): the two ways a complex sum of products is read out of an
+// accumulator of products of reals.
+template <class T>
+T sum_all(typename V<T>::R a) {
+    return V<T>::sum(a);
+}
+template <class T>
+T sum_diff(typename V<T>::R a) {
+    return V<T>::sum(V<T>::mul(a, pairs<T>(1, -1)));
+}
+
+template <class T>
+void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    auto p0 = v::zero(), p1 = v::zero(), q0 = v::zero(), q1 = v::zero();
+    long i = 0;
+    for (; i + 2 * w <= len; i += 2 * w) {
+        const auto x0 = v::load(x + i), x1 = v::load(x + i + w);
+        const auto y0 = v::load(y + i), y1 = v::load(y + i + w);
+        p0 = v::fma(x0, y0, p0);
+        q0 = v::fma(x0, v::swap(y0), q0);
+        p1 = v::fma(x1, y1, p1);
+        q1 = v::fma(x1, v::swap(y1), q1);
+    }
+    for (; i + w <= len; i += w) {
+        const auto x0 = v::load(x + i), y0 = v::load(y + i);
+        p0 = v::fma(x0, y0, p0);
+        q0 = v::fma(x0, v::swap(y0), q0);
+    }
+    const auto p = v::add(p0, p1), q = v::add(q0, q1);
+    // p's lanes: xr yr, xi yi; q's: xr yi, xi yr
+    T re = conj_x ? sum_all<T>(p) : sum_diff<T>(p);
+    T im = conj_x ? sum_diff<T>(q) : sum_all<T>(q);
+    const T s = conj_x ? -1 : 1;
+    for (; i < len; i += 2) {
+        const T xr = x[i], xi = s * x[i + 1];
+        re += xr * y[i] - xi * y[i + 1];
+        im += xr * y[i + 1] + xi * y[i];
+    }
+    out[0] = re;
+    out[1] = im;
+}
+
+template <class T>
+void caxpy(long n, const T* a, const T* x, T* y) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    const auto ar = v::set1(a[0]), ai = pairs<T>(-a[1], a[1]);
+    long i = 0;
+    for (; i + 2 * w <= len; i += 2 * w) {
+        const auto x0 = v::load(x + i), x1 = v::load(x + i + w);
+        const auto y0 = v::fma(ai, v::swap(x0), v::fma(ar, x0, v::load(y + i)));
+        const auto y1 = v::fma(ai, v::swap(x1), v::fma(ar, x1, v::load(y + i + w)));
+        v::store(y + i, y0);
+        v::store(y + i + w, y1);
+    }
+    for (; i + w <= len; i += w) {
+        const auto x0 = v::load(x + i);
+        v::store(y + i, v::fma(ai, v::swap(x0), v::fma(ar, x0, v::load(y + i))));
+    }
+    for (; i < len; i += 2) {
+        const T xr = x[i], xi = x[i + 1];
+        y[i] += a[0] * xr - a[1] * xi;
+        y[i + 1] += a[0] * xi + a[1] * xr;
+    }
+}
+
+template <class T>
+void cscal(long n, const T* a, T* x) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    const auto ar = v::set1(a[0]), ai = pairs<T>(-a[1], a[1]);
+    long i = 0;
+    for (; i + w <= len; i += w) {
+        const auto x0 = v::load(x + i);
+        v::store(x + i, v::fma(ai, v::swap(x0), v::mul(ar, x0)));
+    }
+    for (; i < len; i += 2) {
+        const T xr = x[i], xi = x[i + 1];
+        x[i] = a[0] * xr - a[1] * xi;
+        x[i + 1] = a[0] * xi + a[1] * xr;
+    }
+}
+
+// As the real gemv_n: rows in blocks whose part of y stays in the first-level cache, four
+// columns added per pass over it. Each column's multiple t = alpha x(j) is applied as
+// t_re * col into y and t_im * col into a second accumulator, which joins y with one swap per
+// four columns.
+template <class T>
+void cgemv_n(long m, long n, const T* alpha, const T* a, long lda, const T* x, long incx, T* y) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    constexpr int group = 4;
+    constexpr long block = 16384 / static_cast<long>(sizeof(T));  // reals of y per block
+    const auto sign = pairs<T>(-1, 1);
+    for (long i0 = 0; i0 < 2 * m; i0 += block) {
+        const long mb = 2 * m - i0 < block ? 2 * m - i0 : block;
+        T* yb = y + i0;
+        for (long j = 0; j < n; j += group) {
+            const int cols = n - j < group ? static_cast<int>(n - j) : group;
+            T tr[group], ti[group];
+            typename v::R vr[group], vi[group];
+            const T* c[group];
+            for (int q = 0; q < group; ++q) {
+                const int col = q < cols ? q : 0;  // the columns past n repeat one with t = 0
+                const T* xj = x + 2 * (j + col) * incx;
+                tr[q] = q < cols ? alpha[0] * xj[0] - alpha[1] * xj[1] : 0;
+                ti[q] = q < cols ? alpha[0] * xj[1] + alpha[1] * xj[0] : 0;
+                vr[q] = v::set1(tr[q]);
+                vi[q] = v::set1(ti[q]);
+                c[q] = a + 2 * ((j + col) * lda) + i0;
+            }
+            long i = 0;
+            for (; i + 2 * w <= mb; i += 2 * w) {
+                auto y0 = v::load(yb + i), y1 = v::load(yb + i + w);
+                auto u0 = v::zero(), u1 = v::zero();
+                for (int q = 0; q < group; ++q) {
+                    const auto c0 = v::load(c[q] + i), c1 = v::load(c[q] + i + w);
+                    y0 = v::fma(c0, vr[q], y0);
+                    u0 = v::fma(c0, vi[q], u0);
+                    y1 = v::fma(c1, vr[q], y1);
+                    u1 = v::fma(c1, vi[q], u1);
+                }
+                v::store(yb + i, v::fma(sign, v::swap(u0), y0));
+                v::store(yb + i + w, v::fma(sign, v::swap(u1), y1));
+            }
+            for (; i < mb; i += 2) {
+                T re = yb[i], im = yb[i + 1];
+                for (int q = 0; q < cols; ++q) {
+                    const T cr = c[q][i], ci = c[q][i + 1];
+                    re += tr[q] * cr - ti[q] * ci;
+                    im += tr[q] * ci + ti[q] * cr;
+                }
+                yb[i] = re;
+                yb[i + 1] = im;
+            }
+        }
+    }
+}
+
+// As the real gemv_t: four columns against one pass over x, two accumulators per column
+// (col * x and col * swap(x)); swap(x) is formed once for the four.
+template <class T>
+void cgemv_t(long m, long n, const T* alpha, const T* a, long lda, const T* x, T* y, long incy, bool conj_a) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    constexpr int group = 4;
+    const long len = 2 * m;
+    const T s = conj_a ? -1 : 1;
+    for (long j = 0; j < n; j += group) {
+        const int cols = n - j < group ? static_cast<int>(n - j) : group;
+        const T* c[group];
+        for (int q = 0; q < group; ++q) c[q] = a + 2 * (j + (q < cols ? q : 0)) * lda;
+        typename v::R p[group], r[group];
+        for (int q = 0; q < group; ++q) p[q] = r[q] = v::zero();
+        long i = 0;
+        for (; i + w <= len; i += w) {
+            const auto x0 = v::load(x + i), xs = v::swap(x0);
+            for (int q = 0; q < group; ++q) {
+                const auto c0 = v::load(c[q] + i);
+                p[q] = v::fma(c0, x0, p[q]);
+                r[q] = v::fma(c0, xs, r[q]);
+            }
+        }
+        for (int q = 0; q < cols; ++q) {
+            // p's lanes: ar xr, ai xi; r's: ar xi, ai xr
+            T re = conj_a ? sum_all<T>(p[q]) : sum_diff<T>(p[q]);
+            T im = conj_a ? sum_diff<T>(r[q]) : sum_all<T>(r[q]);
+            for (long k = i; k < len; k += 2) {
+                const T ar = c[q][k], ai = s * c[q][k + 1];
+                re += ar * x[k] - ai * x[k + 1];
+                im += ar * x[k + 1] + ai * x[k];
+            }
+            T* yj = y + 2 * (j + q) * incy;
+            yj[0] += alpha[0] * re - alpha[1] * im;
+            yj[1] += alpha[0] * im + alpha[1] * re;
+        }
+    }
+}
+
+template <class T>
+void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    const auto tr = v::set1(t[0]), ti = pairs<T>(-t[1], t[1]);
+    auto p = v::zero(), r = v::zero();
+    long i = 0;
+    for (; i + w <= len; i += w) {
+        const auto c0 = v::load(col + i), cs = v::swap(c0), x0 = v::load(x + i);
+        v::store(y + i, v::fma(ti, cs, v::fma(tr, c0, v::load(y + i))));
+        p = v::fma(c0, x0, p);
+        r = v::fma(cs, x0, r);
+    }
+    // p's lanes: cr xr, ci xi; r's: ci xr, cr xi
+    T re = sum_all<T>(p), im = -sum_diff<T>(r);
+    for (; i < len; i += 2) {
+        const T cr = col[i], ci = col[i + 1];
+        y[i] += t[0] * cr - t[1] * ci;
+        y[i + 1] += t[0] * ci + t[1] * cr;
+        re += cr * x[i] + ci * x[i + 1];
+        im += cr * x[i + 1] - ci * x[i];
+    }
+    out[0] = re;
+    out[1] = im;
 }
 
 }  // namespace
