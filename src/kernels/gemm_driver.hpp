@@ -1,6 +1,7 @@
 // The blocked product written once for every instruction set: packing, macro-kernel and the
 // register-blocked micro-kernels, over a small table of vector operations that each
-// instruction-set file supplies; and the small triangular solve at the bottom of trsm.
+// instruction-set file supplies; and the small triangular products and solves at the bottom
+// of trmm and trsm.
 //
 // The scheme is the one of K. Goto and R. van de Geijn, "Anatomy of high-performance matrix
 // multiplication", ACM TOMS 34(3), 2008: B is packed kc by nc (L3), A mc by kc (L2), both in
@@ -288,25 +289,62 @@ void pack_b(const Operand<T>& B, Index p0, Index j0, Index kc, Index nc, typenam
     }
 }
 
-// ---- trsm's left-side leaf ----
+// ---- the leaves of trmm and trsm ----
 //
-// A leaf solves at most 32 rows for all n columns of B. Substitution down one column is a
-// chain of short, dependent steps; across columns the steps are independent, so columns are
-// taken 64 bytes' worth at a time and laid out row by row, and every step of the substitution
-// becomes one vector operation across them (the compiler vectorizes the loops over c).
-// Complex numbers are split into real and imaginary rows for the same reason.
+// A leaf multiplies or solves with a triangle of at most 32 rows and columns. Along one
+// column of the left-side operation every step depends on the one before; across columns of
+// B the steps are independent, so columns are taken 256 bytes' worth at a time and laid out
+// row by row, and every step becomes one vector operation across them (the compiler
+// vectorizes the loops over c). The right-side leaves work on B's columns directly, a block
+// of 256 bytes of rows at a time, so their steps are vector operations down the columns.
+// Complex numbers are split into real and imaginary rows for the same reason. The blocks are
+// always full (padded with zeros), so every element of B sees the same operations wherever it
+// falls in a block.
 
-// Solves op(A) X = alpha B for the m by m triangle t (column-major, leading dimension ldt,
-// diagonal already inverted, zeros outside the triangle), m <= 32, overwriting the m by n B.
+constexpr int leaf_side = 32;
+
+// x := x * (tr, ti) on cb lanes of a split complex row (real data: xi unused, ti zero).
+template <class R, int CW, int CB>
+inline void scale_row(R* xr, R* xi, R tr, R ti) {
+    if constexpr (CW == 1) {
+        for (int c = 0; c < CB; ++c) xr[c] *= tr;
+    } else {
+        for (int c = 0; c < CB; ++c) {
+            const R r = xr[c] * tr - xi[c] * ti, im = xr[c] * ti + xi[c] * tr;
+            xr[c] = r, xi[c] = im;
+        }
+    }
+}
+
+// y := y + sign * x * (tr, ti) on CB lanes of split complex rows.
+template <class R, int CW, int CB, bool Sub>
+inline void axpy_row(R* yr, R* yi, const R* xr, const R* xi, R tr, R ti) {
+    if constexpr (CW == 1) {
+        for (int c = 0; c < CB; ++c) yr[c] = Sub ? yr[c] - tr * xr[c] : yr[c] + tr * xr[c];
+    } else {
+        for (int c = 0; c < CB; ++c) {
+            const R pr = tr * xr[c] - ti * xi[c], pi = tr * xi[c] + ti * xr[c];
+            yr[c] = Sub ? yr[c] - pr : yr[c] + pr;
+            yi[c] = Sub ? yi[c] - pi : yi[c] + pi;
+        }
+    }
+}
+
+// B := alpha op(A) B (solve false) or B := op(A)^-1 alpha B (solve true) for the m by m
+// triangle t (column-major, leading dimension ldt, zeros outside the triangle; for a solve
+// its diagonal already inverted), m <= 32, B m by n.
 template <class T>
-void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T* alpha_, T* b_, Index ldb) {
+void left_leaf(const T* t_, Index ldt, bool lower, bool solve, int m, Index n, const T* alpha_, T* b_,
+               Index ldb) {
     using R = typename Elem<T>::R;
     constexpr int CW = Elem<T>::cw;
-    constexpr int CB = 64 / sizeof(R);  // columns per block
+    constexpr int CB = 256 / sizeof(R);  // columns per block
     const R* t = reinterpret_cast<const R*>(t_);
     const R* alpha = reinterpret_cast<const R*>(alpha_);
     R* b = reinterpret_cast<R*>(b_);
-    alignas(64) R xr[32][CB], xi[CW == 2 ? 32 : 1][CB];
+    alignas(64) R xr[leaf_side][CB], xi[CW == 2 ? leaf_side : 1][CB];
+    R* xi_row = xi[0];
+    auto im_row = [&](int i) { return CW == 2 ? xi[i] : xi_row; };
     for (Index j0 = 0; j0 < n; j0 += CB) {
         const int cols = static_cast<int>(lesser(CB, n - j0));
         for (int i = 0; i < m; ++i)
@@ -320,26 +358,20 @@ void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T
                 }
             }
         for (int step = 0; step < m; ++step) {
-            const int k = lower ? step : m - 1 - step;
+            // A solve finishes x(k) and subtracts it from the rows still to come; a product
+            // adds the still unchanged x(k) to the rows it feeds, then scales it.
+            const int k = lower == solve ? step : m - 1 - step;
             const R* tk = t + k * ldt * CW;
             const int lo = lower ? k + 1 : 0, hi = lower ? m : k;
-            if constexpr (CW == 1) {
-                for (int c = 0; c < CB; ++c) xr[k][c] *= tk[k];
+            const R dr = tk[k * CW], di = CW == 2 ? tk[k * CW + 1] : 0;
+            if (solve) {
+                scale_row<R, CW, CB>(xr[k], im_row(k), dr, di);
                 for (int i = lo; i < hi; ++i)
-                    for (int c = 0; c < CB; ++c) xr[i][c] -= tk[i] * xr[k][c];
+                    axpy_row<R, CW, CB, true>(xr[i], im_row(i), xr[k], im_row(k), tk[i * CW], CW == 2 ? tk[i * CW + 1] : 0);
             } else {
-                const R dr = tk[2 * k], di = tk[2 * k + 1];
-                for (int c = 0; c < CB; ++c) {
-                    const R r = xr[k][c] * dr - xi[k][c] * di, im = xr[k][c] * di + xi[k][c] * dr;
-                    xr[k][c] = r, xi[k][c] = im;
-                }
-                for (int i = lo; i < hi; ++i) {
-                    const R ar = tk[2 * i], ai = tk[2 * i + 1];
-                    for (int c = 0; c < CB; ++c) {
-                        xr[i][c] -= ar * xr[k][c] - ai * xi[k][c];
-                        xi[i][c] -= ar * xi[k][c] + ai * xr[k][c];
-                    }
-                }
+                for (int i = lo; i < hi; ++i)
+                    axpy_row<R, CW, CB, false>(xr[i], im_row(i), xr[k], im_row(k), tk[i * CW], CW == 2 ? tk[i * CW + 1] : 0);
+                scale_row<R, CW, CB>(xr[k], im_row(k), dr, di);
             }
         }
         for (int c = 0; c < cols; ++c)
@@ -348,6 +380,60 @@ void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T
                 d[0] = xr[i][c];
                 if constexpr (CW == 2) d[1] = xi[i][c];
             }
+    }
+}
+
+// B := alpha B op(A) (solve false) or B := alpha B op(A)^-1 (solve true) for the n by n
+// triangle t as in left_leaf, n <= 32, B m by n.
+template <class T>
+void right_leaf(const T* t_, Index ldt, bool lower, bool solve, int n, Index m, const T* alpha_, T* b_,
+                Index ldb) {
+    using R = typename Elem<T>::R;
+    constexpr int CW = Elem<T>::cw;
+    constexpr int RB = 256 / sizeof(R);  // rows per block
+    const R* t = reinterpret_cast<const R*>(t_);
+    const R* alpha = reinterpret_cast<const R*>(alpha_);
+    R* b = reinterpret_cast<R*>(b_);
+    alignas(64) R xr[leaf_side][RB], xi[CW == 2 ? leaf_side : 1][RB];
+    R* xi_row = xi[0];
+    auto im_row = [&](int j) { return CW == 2 ? xi[j] : xi_row; };
+    for (Index i0 = 0; i0 < m; i0 += RB) {
+        const int rows = static_cast<int>(lesser(RB, m - i0));
+        for (int j = 0; j < n; ++j) {
+            const R* s = b + (i0 + j * ldb) * CW;
+            for (int r = 0; r < RB; ++r) {
+                if constexpr (CW == 1) {
+                    xr[j][r] = r < rows ? alpha[0] * s[r] : 0;
+                } else {
+                    xr[j][r] = r < rows ? alpha[0] * s[2 * r] - alpha[1] * s[2 * r + 1] : 0;
+                    xi[j][r] = r < rows ? alpha[0] * s[2 * r + 1] + alpha[1] * s[2 * r] : 0;
+                }
+            }
+        }
+        for (int step = 0; step < n; ++step) {
+            // Column j of the result takes the columns k with t(k, j) nonzero: below the diagonal
+            // for a lower triangle. A solve needs them finished, a product still unchanged.
+            const int j = lower != solve ? step : n - 1 - step;
+            const R* tj = t + j * ldt * CW;
+            const int lo = lower ? j + 1 : 0, hi = lower ? n : j;
+            const R dr = tj[j * CW], di = CW == 2 ? tj[j * CW + 1] : 0;
+            if (solve) {
+                for (int k = lo; k < hi; ++k)
+                    axpy_row<R, CW, RB, true>(xr[j], im_row(j), xr[k], im_row(k), tj[k * CW], CW == 2 ? tj[k * CW + 1] : 0);
+                scale_row<R, CW, RB>(xr[j], im_row(j), dr, di);
+            } else {
+                scale_row<R, CW, RB>(xr[j], im_row(j), dr, di);
+                for (int k = lo; k < hi; ++k)
+                    axpy_row<R, CW, RB, false>(xr[j], im_row(j), xr[k], im_row(k), tj[k * CW], CW == 2 ? tj[k * CW + 1] : 0);
+            }
+        }
+        for (int j = 0; j < n; ++j) {
+            R* d = b + (i0 + j * ldb) * CW;
+            for (int r = 0; r < rows; ++r) {
+                d[r * CW] = xr[j][r];
+                if constexpr (CW == 2) d[r * CW + 1] = xi[j][r];
+            }
+        }
     }
 }
 
@@ -435,7 +521,7 @@ struct Kernel {
         else
             micro_complex<V, MV, NR>(kc, a, b, c, ldc, alpha, beta);
     }
-    static Engine<T> engine() { return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>, &solve_left_leaf<T>}; }
+    static Engine<T> engine() { return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>, &left_leaf<T>, &right_leaf<T>}; }
 };
 
 }  // namespace

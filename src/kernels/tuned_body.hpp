@@ -292,36 +292,51 @@ T sum_diff(typename V<T>::R a) {
     return V<T>::sum(V<T>::mul(a, pairs<T>(1, -1)));
 }
 
+// Complex elements at p before the next 64-byte boundary (at most n). Wide loads and stores
+// that straddle two cache lines cost twice, and the caller's arrays are rarely aligned to
+// more than 16 bytes, so the streaming loops start at a boundary of the array they store to
+// (or, for the sums, of one of the two they read).
+template <class T>
+long to_line(const T* p, long n) {
+    const auto skip = static_cast<long>((64 - reinterpret_cast<unsigned long>(p) % 64) % 64);
+    if (skip % static_cast<long>(2 * sizeof(T)) != 0) return 0;
+    const long k = skip / static_cast<long>(2 * sizeof(T));
+    return k < n ? k : n;
+}
+
 template <class T>
 void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
     using v = V<T>;
     constexpr long w = v::w;
     const long len = 2 * n;
-    auto p0 = v::zero(), p1 = v::zero(), q0 = v::zero(), q1 = v::zero();
-    long i = 0;
-    for (; i + 2 * w <= len; i += 2 * w) {
-        const auto x0 = v::load(x + i), x1 = v::load(x + i + w);
-        const auto y0 = v::load(y + i), y1 = v::load(y + i + w);
-        p0 = v::fma(x0, y0, p0);
-        q0 = v::fma(x0, v::swap(y0), q0);
-        p1 = v::fma(x1, y1, p1);
-        q1 = v::fma(x1, v::swap(y1), q1);
-    }
-    for (; i + w <= len; i += w) {
-        const auto x0 = v::load(x + i), y0 = v::load(y + i);
-        p0 = v::fma(x0, y0, p0);
-        q0 = v::fma(x0, v::swap(y0), q0);
-    }
-    const auto p = v::add(p0, p1), q = v::add(q0, q1);
-    // p's lanes: xr yr, xi yi; q's: xr yi, xi yr
-    T re = conj_x ? sum_all<T>(p) : sum_diff<T>(p);
-    T im = conj_x ? sum_diff<T>(q) : sum_all<T>(q);
     const T s = conj_x ? -1 : 1;
-    for (; i < len; i += 2) {
+    T re = 0, im = 0;
+    auto one = [&](long i) {
         const T xr = x[i], xi = s * x[i + 1];
         re += xr * y[i] - xi * y[i + 1];
         im += xr * y[i + 1] + xi * y[i];
+    };
+    long i = 0;
+    for (const long h = 2 * to_line(x, n); i < h; i += 2) one(i);
+    typename v::R p[4], q[4];
+    for (int u = 0; u < 4; ++u) p[u] = q[u] = v::zero();
+    for (; i + 4 * w <= len; i += 4 * w)
+        for (int u = 0; u < 4; ++u) {
+            const auto x0 = v::load(x + i + u * w), y0 = v::load(y + i + u * w);
+            p[u] = v::fma(x0, y0, p[u]);
+            q[u] = v::fma(x0, v::swap(y0), q[u]);
+        }
+    for (; i + w <= len; i += w) {
+        const auto x0 = v::load(x + i), y0 = v::load(y + i);
+        p[0] = v::fma(x0, y0, p[0]);
+        q[0] = v::fma(x0, v::swap(y0), q[0]);
     }
+    const auto ps = v::add(v::add(p[0], p[1]), v::add(p[2], p[3]));
+    const auto qs = v::add(v::add(q[0], q[1]), v::add(q[2], q[3]));
+    // ps's lanes: xr yr, xi yi; qs's: xr yi, xi yr
+    re += conj_x ? sum_all<T>(ps) : sum_diff<T>(ps);
+    im += conj_x ? sum_diff<T>(qs) : sum_all<T>(qs);
+    for (; i < len; i += 2) one(i);
     out[0] = re;
     out[1] = im;
 }
@@ -332,23 +347,23 @@ void caxpy(long n, const T* a, const T* x, T* y) {
     constexpr long w = v::w;
     const long len = 2 * n;
     const auto ar = v::set1(a[0]), ai = pairs<T>(-a[1], a[1]);
+    auto one = [&](long i) {
+        const T xr = x[i], xi = x[i + 1];
+        y[i] += a[0] * xr - a[1] * xi;
+        y[i + 1] += a[0] * xi + a[1] * xr;
+    };
     long i = 0;
-    for (; i + 2 * w <= len; i += 2 * w) {
-        const auto x0 = v::load(x + i), x1 = v::load(x + i + w);
-        const auto y0 = v::fma(ai, v::swap(x0), v::fma(ar, x0, v::load(y + i)));
-        const auto y1 = v::fma(ai, v::swap(x1), v::fma(ar, x1, v::load(y + i + w)));
-        v::store(y + i, y0);
-        v::store(y + i + w, y1);
-    }
+    for (const long h = 2 * to_line(y, n); i < h; i += 2) one(i);
+    for (; i + 4 * w <= len; i += 4 * w)
+        for (int u = 0; u < 4; ++u) {
+            const auto x0 = v::load(x + i + u * w);
+            v::store(y + i + u * w, v::fma(ai, v::swap(x0), v::fma(ar, x0, v::load(y + i + u * w))));
+        }
     for (; i + w <= len; i += w) {
         const auto x0 = v::load(x + i);
         v::store(y + i, v::fma(ai, v::swap(x0), v::fma(ar, x0, v::load(y + i))));
     }
-    for (; i < len; i += 2) {
-        const T xr = x[i], xi = x[i + 1];
-        y[i] += a[0] * xr - a[1] * xi;
-        y[i + 1] += a[0] * xi + a[1] * xr;
-    }
+    for (; i < len; i += 2) one(i);
 }
 
 template <class T>
@@ -357,16 +372,23 @@ void cscal(long n, const T* a, T* x) {
     constexpr long w = v::w;
     const long len = 2 * n;
     const auto ar = v::set1(a[0]), ai = pairs<T>(-a[1], a[1]);
+    auto one = [&](long i) {
+        const T xr = x[i], xi = x[i + 1];
+        x[i] = a[0] * xr - a[1] * xi;
+        x[i + 1] = a[0] * xi + a[1] * xr;
+    };
     long i = 0;
+    for (const long h = 2 * to_line(x, n); i < h; i += 2) one(i);
+    for (; i + 4 * w <= len; i += 4 * w)
+        for (int u = 0; u < 4; ++u) {
+            const auto x0 = v::load(x + i + u * w);
+            v::store(x + i + u * w, v::fma(ai, v::swap(x0), v::mul(ar, x0)));
+        }
     for (; i + w <= len; i += w) {
         const auto x0 = v::load(x + i);
         v::store(x + i, v::fma(ai, v::swap(x0), v::mul(ar, x0)));
     }
-    for (; i < len; i += 2) {
-        const T xr = x[i], xi = x[i + 1];
-        x[i] = a[0] * xr - a[1] * xi;
-        x[i + 1] = a[0] * xi + a[1] * xr;
-    }
+    for (; i < len; i += 2) one(i);
 }
 
 // As the real gemv_n: rows in blocks whose part of y stays in the first-level cache, four
@@ -471,23 +493,35 @@ void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
     constexpr long w = v::w;
     const long len = 2 * n;
     const auto tr = v::set1(t[0]), ti = pairs<T>(-t[1], t[1]);
-    auto p = v::zero(), r = v::zero();
-    long i = 0;
-    for (; i + w <= len; i += w) {
-        const auto c0 = v::load(col + i), cs = v::swap(c0), x0 = v::load(x + i);
-        v::store(y + i, v::fma(ti, cs, v::fma(tr, c0, v::load(y + i))));
-        p = v::fma(c0, x0, p);
-        r = v::fma(cs, x0, r);
-    }
-    // p's lanes: cr xr, ci xi; r's: ci xr, cr xi
-    T re = sum_all<T>(p), im = -sum_diff<T>(r);
-    for (; i < len; i += 2) {
+    T re = 0, im = 0;
+    auto one = [&](long i) {
         const T cr = col[i], ci = col[i + 1];
         y[i] += t[0] * cr - t[1] * ci;
         y[i + 1] += t[0] * ci + t[1] * cr;
         re += cr * x[i] + ci * x[i + 1];
         im += cr * x[i + 1] - ci * x[i];
+    };
+    long i = 0;
+    for (const long h = 2 * to_line(y, n); i < h; i += 2) one(i);
+    typename v::R p[2] = {v::zero(), v::zero()}, r[2] = {v::zero(), v::zero()};
+    for (; i + 2 * w <= len; i += 2 * w)
+        for (int u = 0; u < 2; ++u) {
+            const long k = i + u * w;
+            const auto c0 = v::load(col + k), cs = v::swap(c0), x0 = v::load(x + k);
+            v::store(y + k, v::fma(ti, cs, v::fma(tr, c0, v::load(y + k))));
+            p[u] = v::fma(c0, x0, p[u]);
+            r[u] = v::fma(cs, x0, r[u]);
+        }
+    for (; i + w <= len; i += w) {
+        const auto c0 = v::load(col + i), cs = v::swap(c0), x0 = v::load(x + i);
+        v::store(y + i, v::fma(ti, cs, v::fma(tr, c0, v::load(y + i))));
+        p[0] = v::fma(c0, x0, p[0]);
+        r[0] = v::fma(cs, x0, r[0]);
     }
+    // p's lanes: cr xr, ci xi; r's: ci xr, cr xi
+    re += sum_all<T>(v::add(p[0], p[1]));
+    im -= sum_diff<T>(v::add(r[0], r[1]));
+    for (; i < len; i += 2) one(i);
     out[0] = re;
     out[1] = im;
 }
