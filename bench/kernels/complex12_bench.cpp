@@ -1,11 +1,11 @@
 // Complex vector and matrix-vector kernels beside OpenBLAS (one thread each) on the same data:
 // dotu, dotc, axpy, scal and nrm2 on 10^6 elements; gemv (N, T, C), hemv and geru of order
-// 4000; c and z. The ratio ours / OpenBLAS is printed per case at the end from the best CPU
-// time of alternating rounds. `--path=avx2` (or `portable`) forces a lower tuned path.
+// 4000; c and z. Ours runs on the detected path (qnum) and on the AVX2 path forced
+// (qnum_avx2) when the machine has AVX-512. The ratios ours / OpenBLAS are printed per case at
+// the end from the best CPU time of alternating rounds.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <cstring>
 #include <functional>
 #include <string>
 
@@ -137,11 +137,17 @@ void peer(const std::string& op, Data<T>& d, T& sink) {
 }
 #endif
 
+// Who runs: ours on the detected path, ours on the AVX2 path, the peer.
+enum Side { Ours, OursAvx2, Peer };
+const char* const side_names[] = {"qnum", "qnum_avx2", "openblas"};
+
 template <class T>
-void run(benchmark::State& state, const std::string& op, bool mine) {
+void run(benchmark::State& state, const std::string& op, Side side) {
     const bool matrix = op.rfind("gemv", 0) == 0 || op == "hemv" || op == "geru";
+    const bool mine = side != Peer;
     Data<T> d(matrix ? 4000 : 1000000, matrix);
     T sink(1);
+    if (side == OursAvx2) qnum::cpu::force(qnum::cpu::Path::Avx2);
     for (auto _ : state) {
         if (mine) ours(op, d, sink);
 #ifdef QNUM_HAVE_OPENBLAS
@@ -149,42 +155,41 @@ void run(benchmark::State& state, const std::string& op, bool mine) {
 #endif
         benchmark::ClobberMemory();
     }
+    qnum::cpu::reset();
     benchmark::DoNotOptimize(sink);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--path=avx2") == 0) qnum::cpu::force(qnum::cpu::Path::Avx2);
-        if (std::strcmp(argv[i], "--path=portable") == 0) qnum::cpu::force(qnum::cpu::Path::Portable);
-    }
 #ifdef QNUM_HAVE_OPENBLAS
     openblas_set_num_threads(1);
     std::printf("%s, core %s\n", openblas_get_config(), openblas_get_corename());
 #endif
     std::printf("qnum path: %s\n", qnum_tuned_path());
     qnum_skip_signal_handler();
-    std::vector<bool> sides = {true};
+    std::vector<Side> sides = {Ours};
+    if (qnum::cpu::detected() == qnum::cpu::Path::Avx512) sides.push_back(OursAvx2);
 #ifdef QNUM_HAVE_OPENBLAS
-    sides.push_back(false);
+    sides.push_back(Peer);
 #endif
     const int rounds = 3;
     for (int round = 0; round < rounds; ++round)
         for (const char* op : {"dotu", "dotc", "axpy", "scal", "nrm2", "gemvN", "gemvT", "gemvC", "hemv", "geru"})
-            for (bool mine : sides)
-                for (bool dbl : {false, true}) {
-                    const std::string name = std::string("BM_") + (dbl ? "z" : "c") + op + (mine ? "/qnum" : "/openblas");
+            for (bool dbl : {false, true})
+                for (Side side : sides) {
+                    const std::string name = std::string("BM_") + (dbl ? "z" : "c") + op + "/" + side_names[side];
                     std::string o = op;
-                    benchmark::RegisterBenchmark(name.c_str(), [o, mine, dbl](benchmark::State& s) {
-                        if (dbl) run<cd>(s, o, mine);
-                        else run<cf>(s, o, mine);
+                    benchmark::RegisterBenchmark(name.c_str(), [o, side, dbl](benchmark::State& s) {
+                        if (dbl) run<cd>(s, o, side);
+                        else run<cf>(s, o, side);
                     })->MinTime(0.2);
                 }
     benchmark::Initialize(&argc, argv);
     kbench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.print_ratios();
+    reporter.print_ratios("qnum", "openblas", "qnum (detected path) / OpenBLAS");
+    if (sides.size() == 3) reporter.print_ratios("qnum_avx2", "openblas", "qnum (AVX2 path) / OpenBLAS");
     benchmark::Shutdown();
     return 0;
 }

@@ -45,7 +45,7 @@ std::vector<double> random_matrix(int n, unsigned seed, bool spd) {
 // A^T by the infinity norm.
 void bench_solve(benchmark::State& state, Side side, bool spd) {
     const int n = static_cast<int>(state.range(0));
-    const std::vector<double> a = random_matrix(n, spd ? 3 : 1, spd), b(n, 1.0);
+    std::vector<double> a = random_matrix(n, spd ? 3 : 1, spd), b(n, 1.0);
     std::vector<double> work(a.size()), x(n), w(4 * static_cast<std::size_t>(n));
     std::vector<int> piv(n), iw(n);
     qnum::threads::set_for_tests(side == OursOne ? 1 : 0);

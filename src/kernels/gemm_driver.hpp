@@ -198,6 +198,48 @@ inline void zero_elem(typename Elem<T>::R* d) {
     if constexpr (Elem<T>::cw == 2) d[1] = 0;
 }
 
+// dst[p * S + j] = op(src[p + j * ld]) for p < kc and j < cols, zeros for cols <= j < S: the
+// packing of a sliver whose source columns run along k (A transposed, B not). Real data go
+// four columns by four steps at a time through a transpose in registers, so that both the
+// reads down the columns and the writes along the sliver are whole vectors.
+template <class T, int S>
+void pack_across(const typename Elem<T>::R* src, Index ld, Index cols, Index kc, typename Elem<T>::R* dst,
+                 bool conj) {
+    using R = typename Elem<T>::R;
+    constexpr int CW = Elem<T>::cw;
+    Index j = 0;
+    if constexpr (CW == 1) {
+        using V4 [[gnu::vector_size(4 * sizeof(R))]] = R;
+        // (vectors pass by reference: the portable build has no registers of this width)
+        auto load = [](V4& v, const R* p) { std::memcpy(&v, p, sizeof v); };
+        auto store = [](R* p, const V4& v) { std::memcpy(p, &v, sizeof v); };
+        for (; j + 4 <= cols; j += 4) {
+            const R* c0 = src + j * ld;
+            const R *c1 = c0 + ld, *c2 = c1 + ld, *c3 = c2 + ld;
+            R* d = dst + j;
+            Index p = 0;
+            for (; p + 4 <= kc; p += 4, d += 4 * S) {
+                V4 r0, r1, r2, r3;
+                load(r0, c0 + p), load(r1, c1 + p), load(r2, c2 + p), load(r3, c3 + p);
+                const V4 t0 = __builtin_shufflevector(r0, r1, 0, 4, 2, 6), t1 = __builtin_shufflevector(r0, r1, 1, 5, 3, 7);
+                const V4 t2 = __builtin_shufflevector(r2, r3, 0, 4, 2, 6), t3 = __builtin_shufflevector(r2, r3, 1, 5, 3, 7);
+                const V4 o0 = __builtin_shufflevector(t0, t2, 0, 1, 4, 5), o1 = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
+                const V4 o2 = __builtin_shufflevector(t0, t2, 2, 3, 6, 7), o3 = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
+                store(d, o0), store(d + S, o1), store(d + 2 * S, o2), store(d + 3 * S, o3);
+            }
+            for (; p < kc; ++p, d += S) d[0] = c0[p], d[1] = c1[p], d[2] = c2[p], d[3] = c3[p];
+        }
+    }
+    for (; j < S; ++j) {
+        if (j < cols) {
+            const R* c = src + j * ld * CW;
+            for (Index p = 0; p < kc; ++p) copy_elem<T>(c + p * CW, dst + (p * S + j) * CW, conj);
+        } else {
+            for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * S + j) * CW);
+        }
+    }
+}
+
 // Packs rows i0.. i0+mc-1, columns p0.. p0+kc-1 of op(A) into slivers of MR rows: element
 // (i, p) of a sliver lands at p*MR + i. The last sliver is padded with zeros.
 template <class T, int MR>
@@ -233,15 +275,7 @@ void pack_a(const Operand<T>& A, Index i0, Index p0, Index mc, Index kc, typenam
                     }
             }
         } else {
-            const bool conj = A.op == 'C';
-            for (Index r = 0; r < MR; ++r) {
-                if (r < rows) {
-                    const R* src = x + (p0 + (r0 + r) * ld) * CW;
-                    for (Index p = 0; p < kc; ++p) copy_elem<T>(src + p * CW, dst + (p * MR + r) * CW, conj);
-                } else {
-                    for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * MR + r) * CW);
-                }
-            }
+            pack_across<T, MR>(x + (p0 + r0 * ld) * CW, ld, rows, kc, dst, A.op == 'C');
         }
     }
 }
@@ -266,14 +300,7 @@ void pack_b(const Operand<T>& B, Index p0, Index j0, Index kc, Index nc, typenam
                         zero_elem<T>(d);
                 }
         } else if (B.op == 'N') {
-            for (Index j = 0; j < NR; ++j) {
-                if (j < cols) {
-                    const R* src = x + (p0 + (c0 + j) * ld) * CW;
-                    for (Index p = 0; p < kc; ++p) copy_elem<T>(src + p * CW, dst + (p * NR + j) * CW, false);
-                } else {
-                    for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * NR + j) * CW);
-                }
-            }
+            pack_across<T, NR>(x + (p0 + c0 * ld) * CW, ld, cols, kc, dst, false);
         } else {
             const bool conj = B.op == 'C';
             const R* src = x + (c0 + p0 * ld) * CW;

@@ -155,5 +155,45 @@ TYPED_TEST(SimdPaths, MatrixVectorKernels) {
     }
 }
 
+// Level 3 pieces with bodies of their own per path: the triangular leaves (orders up to 32,
+// and the recursion above them) and the packing of operands that run across the slivers.
+template <class T>
+std::vector<std::pair<std::string, Case<T>>> level3_cases() {
+    std::vector<std::pair<std::string, Case<T>>> cases;
+    for (char side : {'L', 'R'})
+        for (char uplo : {'U', 'L'})
+            for (char ta : {'N', 'T', 'C'})
+                for (char diag : {'N', 'U'})
+                    cases.push_back({std::string("trmm/trsm ") + side + uplo + ta + diag,
+                                     [=](int m, int n, int, int, T alpha, T, std::mt19937& g) {
+                                         const int k = side == 'L' ? m : n;
+                                         Mat<T> a(k, k, k + 1, g), b(m, n, m + 2, g);
+                                         for (int i = 0; i < k; ++i) a.at(i, i) = scalar<T>(2 + i % 3, 0.5);
+                                         kern::trmm(side, uplo, ta, diag, m, n, alpha, a.data(), a.ld, b.data(), b.ld);
+                                         kern::trsm(side, uplo, ta, 'N', m, n, T(1), a.data(), a.ld, b.data(), b.ld);
+                                         return Out<T>{b.v, 4 * k};
+                                     }});
+    for (char ta : {'N', 'T', 'C'})
+        for (char tb : {'N', 'T', 'C'})
+            cases.push_back({std::string("gemm ") + ta + tb, [=](int m, int n, int, int, T alpha, T beta, std::mt19937& g) {
+                                 const int k = (m + n) / 2 + 1;
+                                 Mat<T> a(ta == 'N' ? m : k, ta == 'N' ? k : m, (ta == 'N' ? m : k) + 1, g);
+                                 Mat<T> b(tb == 'N' ? k : n, tb == 'N' ? n : k, (tb == 'N' ? k : n) + 3, g);
+                                 Mat<T> c(m, n, m + 1, g);
+                                 kern::gemm(ta, tb, m, n, k, alpha, a.data(), a.ld, b.data(), b.ld, beta, c.data(), c.ld);
+                                 return Out<T>{c.v, k};
+                             }});
+    return cases;
+}
+
+TYPED_TEST(SimdPaths, TriangularLeavesAndPacking) {
+    using T = TypeParam;
+    const std::pair<int, int> shapes[] = {{1, 1}, {5, 3}, {7, 33}, {32, 9}, {33, 31}, {70, 45}};
+    const auto s = scalars<T>();
+    for (auto& [name, run] : level3_cases<T>())
+        for (auto [m, n] : shapes)
+            for (int k : {0, 3}) agree<T>(name.c_str(), m, n, 1, 1, s[k].first, s[k].second, run);
+}
+
 }  // namespace
 }  // namespace qnum::test
