@@ -3,22 +3,15 @@
 // dgesv + dgecon and qnum_d_lin_sol_posdef against dposv + dpocon, n = 2000. Wall time, best
 // of alternating rounds; at the end the ratios qnum / LAPACKE (all threads on both sides) and
 // qnum all threads / qnum one thread, with the load average before and after.
-#include <benchmark/benchmark.h>
-#include <cblas.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <map>
-#include <random>
-#include <string>
-#include <vector>
+
+#include "../kernels/bench_common.hpp"
 
 #ifdef QNUM_HAVE_LAPACKE
 #include <lapacke.h>
 #endif
-#include "frame/cpu.hpp"
 #include "frame/threads.hpp"
-#include "qnummath.h"
 
 namespace {
 
@@ -82,36 +75,6 @@ void bench_solve(benchmark::State& state, Side side, bool spd) {
     state.counters["GFLOP/s"] = benchmark::Counter(flops * 1e-9, benchmark::Counter::kIsIterationInvariantRate);
 }
 
-// Best wall time per call of every run, by name, and the ratios of two sides at the end.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& r : runs)
-            if (r.run_type == Run::RT_Iteration && !r.error_occurred) {
-                const std::string key = r.run_name.function_name + "/" + r.run_name.args;
-                auto it = best_.find(key);
-                const double t = r.GetAdjustedRealTime();
-                if (it == best_.end() || t < it->second) best_[key] = t;
-            }
-    }
-    void print_ratios(const std::string& top, const std::string& bottom, const char* title) const {
-        std::printf("\nratio %s (best wall time per call over the rounds, lower is better)\n", title);
-        const std::string key = "/" + top + "/";
-        for (const auto& [name, t] : best_) {
-            const std::size_t at = name.find(key);
-            if (at == std::string::npos) continue;
-            const std::string rest = name.substr(at + key.size());
-            const auto it = best_.find(name.substr(0, at) + "/" + bottom + "/" + rest);
-            if (it != best_.end())
-                std::printf("  %-28s %.3f\n", (name.substr(0, at) + "/" + rest).c_str(), t / it->second);
-        }
-    }
-
-private:
-    std::map<std::string, double> best_;
-};
-
 void print_load(const char* when) {
     double l[3];
     if (getloadavg(l, 3) == 3) std::printf("load average %s: %.2f %.2f %.2f\n", when, l[0], l[1], l[2]);
@@ -144,7 +107,7 @@ int main(int argc, char** argv) {
                     ->MinTime(0.5);
             }
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    kbench::RatioReporter reporter(true);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.print_ratios("qnum", "lapacke", "qnum / LAPACKE, all threads on both sides");
     reporter.print_ratios("qnum", "qnum1", "qnum all threads / qnum one thread");

@@ -357,6 +357,35 @@ inline void axpy_row(R* yr, R* yi, const R* xr, const R* xi, R tr, R ti) {
     }
 }
 
+// xr[c] (and xi[c]) := alpha * s[c * step] for c < valid, zeros for valid <= c < N: one row of
+// a leaf's block, split into real and imaginary parts.
+template <class R, int CW, int N>
+inline void load_split(R* xr, R* xi, const R* s, Index step, int valid, const R* alpha) {
+    for (int c = 0; c < N; ++c) {
+        if (c >= valid) {
+            xr[c] = 0;
+            if constexpr (CW == 2) xi[c] = 0;
+            continue;
+        }
+        const R* e = s + c * step;
+        if constexpr (CW == 1) {
+            xr[c] = alpha[0] * e[0];
+        } else {
+            xr[c] = alpha[0] * e[0] - alpha[1] * e[1];
+            xi[c] = alpha[0] * e[1] + alpha[1] * e[0];
+        }
+    }
+}
+
+// d[c * step] := element c of the split row, c < valid.
+template <class R, int CW>
+inline void store_split(R* d, Index step, int valid, const R* xr, const R* xi) {
+    for (int c = 0; c < valid; ++c) {
+        d[c * step] = xr[c];
+        if constexpr (CW == 2) d[c * step + 1] = xi[c];
+    }
+}
+
 // B := alpha op(A) B (solve false) or B := op(A)^-1 alpha B (solve true) for the m by m
 // triangle t (column-major, leading dimension ldt, zeros outside the triangle; for a solve
 // its diagonal already inverted), m <= 32, B m by n.
@@ -374,16 +403,7 @@ void left_leaf(const T* t_, Index ldt, bool lower, bool solve, int m, Index n, c
     auto im_row = [&](int i) { return CW == 2 ? xi[i] : xi_row; };
     for (Index j0 = 0; j0 < n; j0 += CB) {
         const int cols = static_cast<int>(lesser(CB, n - j0));
-        for (int i = 0; i < m; ++i)
-            for (int c = 0; c < CB; ++c) {
-                const R* s = b + (i + (j0 + c) * ldb) * CW;
-                if constexpr (CW == 1) {
-                    xr[i][c] = c < cols ? alpha[0] * s[0] : 0;
-                } else {
-                    xr[i][c] = c < cols ? alpha[0] * s[0] - alpha[1] * s[1] : 0;
-                    xi[i][c] = c < cols ? alpha[0] * s[1] + alpha[1] * s[0] : 0;
-                }
-            }
+        for (int i = 0; i < m; ++i) load_split<R, CW, CB>(xr[i], im_row(i), b + (i + j0 * ldb) * CW, ldb * CW, cols, alpha);
         for (int step = 0; step < m; ++step) {
             // A solve finishes x(k) and subtracts it from the rows still to come; a product
             // adds the still unchanged x(k) to the rows it feeds, then scales it.
@@ -401,12 +421,7 @@ void left_leaf(const T* t_, Index ldt, bool lower, bool solve, int m, Index n, c
                 scale_row<R, CW, CB>(xr[k], im_row(k), dr, di);
             }
         }
-        for (int c = 0; c < cols; ++c)
-            for (int i = 0; i < m; ++i) {
-                R* d = b + (i + (j0 + c) * ldb) * CW;
-                d[0] = xr[i][c];
-                if constexpr (CW == 2) d[1] = xi[i][c];
-            }
+        for (int i = 0; i < m; ++i) store_split<R, CW>(b + (i + j0 * ldb) * CW, ldb * CW, cols, xr[i], im_row(i));
     }
 }
 
@@ -426,17 +441,7 @@ void right_leaf(const T* t_, Index ldt, bool lower, bool solve, int n, Index m, 
     auto im_row = [&](int j) { return CW == 2 ? xi[j] : xi_row; };
     for (Index i0 = 0; i0 < m; i0 += RB) {
         const int rows = static_cast<int>(lesser(RB, m - i0));
-        for (int j = 0; j < n; ++j) {
-            const R* s = b + (i0 + j * ldb) * CW;
-            for (int r = 0; r < RB; ++r) {
-                if constexpr (CW == 1) {
-                    xr[j][r] = r < rows ? alpha[0] * s[r] : 0;
-                } else {
-                    xr[j][r] = r < rows ? alpha[0] * s[2 * r] - alpha[1] * s[2 * r + 1] : 0;
-                    xi[j][r] = r < rows ? alpha[0] * s[2 * r + 1] + alpha[1] * s[2 * r] : 0;
-                }
-            }
-        }
+        for (int j = 0; j < n; ++j) load_split<R, CW, RB>(xr[j], im_row(j), b + (i0 + j * ldb) * CW, CW, rows, alpha);
         for (int step = 0; step < n; ++step) {
             // Column j of the result takes the columns k with t(k, j) nonzero: below the diagonal
             // for a lower triangle. A solve needs them finished, a product still unchanged.
@@ -454,13 +459,7 @@ void right_leaf(const T* t_, Index ldt, bool lower, bool solve, int n, Index m, 
                     axpy_row<R, CW, RB, false>(xr[j], im_row(j), xr[k], im_row(k), tj[k * CW], CW == 2 ? tj[k * CW + 1] : 0);
             }
         }
-        for (int j = 0; j < n; ++j) {
-            R* d = b + (i0 + j * ldb) * CW;
-            for (int r = 0; r < rows; ++r) {
-                d[r * CW] = xr[j][r];
-                if constexpr (CW == 2) d[r * CW + 1] = xi[j][r];
-            }
-        }
+        for (int j = 0; j < n; ++j) store_split<R, CW>(b + (i0 + j * ldb) * CW, CW, rows, xr[j], im_row(j));
     }
 }
 

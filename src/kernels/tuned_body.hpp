@@ -19,51 +19,14 @@
 
 namespace {
 
+// The vector interface at each width: V512 (AVX-512 only) and V256 (both instruction sets);
+// V is the widest one of the file's instruction set.
 template <class T>
-struct V;
-
-#if defined(__AVX512F__)
+struct V512;
+template <class T>
+struct V256;
 template <>
-struct V<double> {
-    using R = __m512d;
-    static constexpr long w = 8;
-    static R zero() { return _mm512_setzero_pd(); }
-    static R set1(double a) { return _mm512_set1_pd(a); }
-    static R load(const double* p) { return _mm512_loadu_pd(p); }
-    static void store(double* p, R v) { _mm512_storeu_pd(p, v); }
-    static R fma(R a, R b, R c) { return _mm512_fmadd_pd(a, b, c); }
-    static R add(R a, R b) { return _mm512_add_pd(a, b); }
-    static R mul(R a, R b) { return _mm512_mul_pd(a, b); }
-    static R swap(R a) { return _mm512_permute_pd(a, 0x55); }
-    static R max(R a, R b) { return _mm512_max_pd(a, b); }
-    static R abs(R a) { return _mm512_abs_pd(a); }
-    static double sum(R a) { return _mm512_reduce_add_pd(a); }
-    static double hmax(R a) { return _mm512_reduce_max_pd(a); }
-    // The squares of the next w elements, widened to double (the identity here).
-    static R wide(const double* p) { return load(p); }
-};
-
-template <>
-struct V<float> {
-    using R = __m512;
-    static constexpr long w = 16;
-    static R zero() { return _mm512_setzero_ps(); }
-    static R set1(float a) { return _mm512_set1_ps(a); }
-    static R load(const float* p) { return _mm512_loadu_ps(p); }
-    static void store(float* p, R v) { _mm512_storeu_ps(p, v); }
-    static R fma(R a, R b, R c) { return _mm512_fmadd_ps(a, b, c); }
-    static R add(R a, R b) { return _mm512_add_ps(a, b); }
-    static R mul(R a, R b) { return _mm512_mul_ps(a, b); }
-    static R swap(R a) { return _mm512_permute_ps(a, 0xB1); }
-    static R max(R a, R b) { return _mm512_max_ps(a, b); }
-    static R abs(R a) { return _mm512_abs_ps(a); }
-    static float sum(R a) { return _mm512_reduce_add_ps(a); }
-    static float hmax(R a) { return _mm512_reduce_max_ps(a); }
-    static __m512d wide(const float* p) { return _mm512_cvtps_pd(_mm256_loadu_ps(p)); }
-};
-#else
-template <>
-struct V<double> {
+struct V256<double> {
     using R = __m256d;
     static constexpr long w = 4;
     static R zero() { return _mm256_setzero_pd(); }
@@ -88,7 +51,7 @@ struct V<double> {
 };
 
 template <>
-struct V<float> {
+struct V256<float> {
     using R = __m256;
     static constexpr long w = 8;
     static R zero() { return _mm256_setzero_ps(); }
@@ -113,7 +76,53 @@ struct V<float> {
     }
     static __m256d wide(const float* p) { return _mm256_cvtps_pd(_mm_loadu_ps(p)); }
 };
+
+#if defined(__AVX512F__)
+template <>
+struct V512<double> {
+    using R = __m512d;
+    static constexpr long w = 8;
+    static R zero() { return _mm512_setzero_pd(); }
+    static R set1(double a) { return _mm512_set1_pd(a); }
+    static R load(const double* p) { return _mm512_loadu_pd(p); }
+    static void store(double* p, R v) { _mm512_storeu_pd(p, v); }
+    static R fma(R a, R b, R c) { return _mm512_fmadd_pd(a, b, c); }
+    static R add(R a, R b) { return _mm512_add_pd(a, b); }
+    static R mul(R a, R b) { return _mm512_mul_pd(a, b); }
+    static R swap(R a) { return _mm512_permute_pd(a, 0x55); }
+    static R max(R a, R b) { return _mm512_max_pd(a, b); }
+    static R abs(R a) { return _mm512_abs_pd(a); }
+    static double sum(R a) { return _mm512_reduce_add_pd(a); }
+    static double hmax(R a) { return _mm512_reduce_max_pd(a); }
+    // The squares of the next w elements, widened to double (the identity here).
+    static R wide(const double* p) { return load(p); }
+};
+
+template <>
+struct V512<float> {
+    using R = __m512;
+    static constexpr long w = 16;
+    static R zero() { return _mm512_setzero_ps(); }
+    static R set1(float a) { return _mm512_set1_ps(a); }
+    static R load(const float* p) { return _mm512_loadu_ps(p); }
+    static void store(float* p, R v) { _mm512_storeu_ps(p, v); }
+    static R fma(R a, R b, R c) { return _mm512_fmadd_ps(a, b, c); }
+    static R add(R a, R b) { return _mm512_add_ps(a, b); }
+    static R mul(R a, R b) { return _mm512_mul_ps(a, b); }
+    static R swap(R a) { return _mm512_permute_ps(a, 0xB1); }
+    static R max(R a, R b) { return _mm512_max_ps(a, b); }
+    static R abs(R a) { return _mm512_abs_ps(a); }
+    static float sum(R a) { return _mm512_reduce_add_ps(a); }
+    static float hmax(R a) { return _mm512_reduce_max_ps(a); }
+    static __m512d wide(const float* p) { return _mm512_cvtps_pd(_mm256_loadu_ps(p)); }
+};
+template <class T>
+using V = V512<T>;
+#else
+template <class T>
+using V = V256<T>;
 #endif
+
 
 template <class T>
 T dot(long n, const T* x, const T* y) {
@@ -274,22 +283,25 @@ void gemv_t(long m, long n, T alpha, const T* a, long lda, const T* x, T* y, lon
 // z * swap(u), whose lanes are combined with signs once at the end.
 
 // The register whose even lanes hold `even` and odd lanes `odd`.
-template <class T>
-typename V<T>::R pairs(T even, T odd) {
-    alignas(64) T p[V<T>::w];
-    for (long i = 0; i < V<T>::w; i += 2) p[i] = even, p[i + 1] = odd;
-    return V<T>::load(p);
+template <class v>
+using Elem = decltype(v::sum(v::zero()));
+
+template <class v>
+typename v::R pairs(Elem<v> even, Elem<v> odd) {
+    alignas(64) Elem<v> p[v::w];
+    for (long i = 0; i < v::w; i += 2) p[i] = even, p[i + 1] = odd;
+    return v::load(p);
 }
 
 // sum(a) and sum(a * (1, -1)): the two ways a complex sum of products is read out of an
 // accumulator of products of reals.
-template <class T>
-T sum_all(typename V<T>::R a) {
-    return V<T>::sum(a);
+template <class v>
+auto sum_all(typename v::R a) {
+    return v::sum(a);
 }
-template <class T>
-T sum_diff(typename V<T>::R a) {
-    return V<T>::sum(V<T>::mul(a, pairs<T>(1, -1)));
+template <class v>
+auto sum_diff(typename v::R a) {
+    return v::sum(v::mul(a, pairs<v>(1, -1)));
 }
 
 // Complex elements at p before the next 64-byte boundary (at most n). Wide loads and stores
@@ -304,9 +316,8 @@ long to_line(const T* p, long n) {
     return k < n ? k : n;
 }
 
-template <class T>
+template <class T, class v = V<T>>
 void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
-    using v = V<T>;
     constexpr long w = v::w;
     const long len = 2 * n;
     const T s = conj_x ? -1 : 1;
@@ -334,19 +345,18 @@ void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
     const auto ps = v::add(v::add(p[0], p[1]), v::add(p[2], p[3]));
     const auto qs = v::add(v::add(q[0], q[1]), v::add(q[2], q[3]));
     // ps's lanes: xr yr, xi yi; qs's: xr yi, xi yr
-    re += conj_x ? sum_all<T>(ps) : sum_diff<T>(ps);
-    im += conj_x ? sum_diff<T>(qs) : sum_all<T>(qs);
+    re += conj_x ? sum_all<v>(ps) : sum_diff<v>(ps);
+    im += conj_x ? sum_diff<v>(qs) : sum_all<v>(qs);
     for (; i < len; i += 2) one(i);
     out[0] = re;
     out[1] = im;
 }
 
-template <class T>
+template <class T, class v = V<T>>
 void caxpy(long n, const T* a, const T* x, T* y) {
-    using v = V<T>;
     constexpr long w = v::w;
     const long len = 2 * n;
-    const auto ar = v::set1(a[0]), ai = pairs<T>(-a[1], a[1]);
+    const auto ar = v::set1(a[0]), ai = pairs<v>(-a[1], a[1]);
     auto one = [&](long i) {
         const T xr = x[i], xi = x[i + 1];
         y[i] += a[0] * xr - a[1] * xi;
@@ -366,12 +376,11 @@ void caxpy(long n, const T* a, const T* x, T* y) {
     for (; i < len; i += 2) one(i);
 }
 
-template <class T>
+template <class T, class v = V<T>>
 void cscal(long n, const T* a, T* x) {
-    using v = V<T>;
     constexpr long w = v::w;
     const long len = 2 * n;
-    const auto ar = v::set1(a[0]), ai = pairs<T>(-a[1], a[1]);
+    const auto ar = v::set1(a[0]), ai = pairs<v>(-a[1], a[1]);
     auto one = [&](long i) {
         const T xr = x[i], xi = x[i + 1];
         x[i] = a[0] * xr - a[1] * xi;
@@ -401,7 +410,7 @@ void cgemv_n(long m, long n, const T* alpha, const T* a, long lda, const T* x, l
     constexpr long w = v::w;
     constexpr int group = 4;
     constexpr long block = 16384 / static_cast<long>(sizeof(T));  // reals of y per block
-    const auto sign = pairs<T>(-1, 1);
+    const auto sign = pairs<v>(-1, 1);
     for (long i0 = 0; i0 < 2 * m; i0 += block) {
         const long mb = 2 * m - i0 < block ? 2 * m - i0 : block;
         T* yb = y + i0;
@@ -473,8 +482,8 @@ void cgemv_t(long m, long n, const T* alpha, const T* a, long lda, const T* x, T
         }
         for (int q = 0; q < cols; ++q) {
             // p's lanes: ar xr, ai xi; r's: ar xi, ai xr
-            T re = conj_a ? sum_all<T>(p[q]) : sum_diff<T>(p[q]);
-            T im = conj_a ? sum_diff<T>(r[q]) : sum_all<T>(r[q]);
+            T re = conj_a ? sum_all<v>(p[q]) : sum_diff<v>(p[q]);
+            T im = conj_a ? sum_diff<v>(r[q]) : sum_all<v>(r[q]);
             for (long k = i; k < len; k += 2) {
                 const T ar = c[q][k], ai = s * c[q][k + 1];
                 re += ar * x[k] - ai * x[k + 1];
@@ -492,7 +501,7 @@ void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
     using v = V<T>;
     constexpr long w = v::w;
     const long len = 2 * n;
-    const auto tr = v::set1(t[0]), ti = pairs<T>(-t[1], t[1]);
+    const auto tr = v::set1(t[0]), ti = pairs<v>(-t[1], t[1]);
     T re = 0, im = 0;
     auto one = [&](long i) {
         const T cr = col[i], ci = col[i + 1];
@@ -519,8 +528,8 @@ void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
         r[0] = v::fma(cs, x0, r[0]);
     }
     // p's lanes: cr xr, ci xi; r's: ci xr, cr xi
-    re += sum_all<T>(v::add(p[0], p[1]));
-    im -= sum_diff<T>(v::add(r[0], r[1]));
+    re += sum_all<v>(v::add(p[0], p[1]));
+    im -= sum_diff<v>(v::add(r[0], r[1]));
     for (; i < len; i += 2) one(i);
     out[0] = re;
     out[1] = im;
