@@ -13,13 +13,7 @@ namespace qnum::kern {
 template <class T>
 inline void col_axpy(idx len, T a, const T* col, T* v, idx inc, bool c = false) {
     if (len <= 0) return;
-    if (inc == 1) {
-        if constexpr (!is_complex_v<T>) {
-            if (auto* t = tuned::ops<T>()) return t->axpy(len, a, col, v);
-        }
-        axpy_unit<T>(len, a, col, v, c);
-        return;
-    }
+    if (inc == 1) return axpy_unit<T>(len, a, col, v, c);
     for (idx i = 0; i < len; ++i) v[i * inc] += mul(a, conj_if(c, col[i]));
 }
 
@@ -27,12 +21,7 @@ inline void col_axpy(idx len, T a, const T* col, T* v, idx inc, bool c = false) 
 template <class T>
 inline T col_dot(idx len, const T* col, const T* v, idx inc, bool c = false) {
     if (len <= 0) return T(0);
-    if (inc == 1) {
-        if constexpr (!is_complex_v<T>) {
-            if (auto* t = tuned::ops<T>()) return t->dot(len, col, v);
-        }
-        return dot_unit<T>(len, col, v, c);
-    }
+    if (inc == 1) return dot_unit<T>(len, col, v, c);
     T s{};
     for (idx i = 0; i < len; ++i) s += mul(conj_if(c, col[i]), v[i * inc]);
     return s;
@@ -42,13 +31,7 @@ inline T col_dot(idx len, const T* col, const T* v, idx inc, bool c = false) {
 template <class T>
 inline void axpy_to_col(idx len, T a, const T* v, idx inc, T* col) {
     if (len <= 0) return;
-    if (inc == 1) {
-        if constexpr (!is_complex_v<T>) {
-            if (auto* t = tuned::ops<T>()) return t->axpy(len, a, v, col);
-        }
-        axpy_unit<T>(len, a, v, col, false);
-        return;
-    }
+    if (inc == 1) return axpy_unit<T>(len, a, v, col, false);
     for (idx i = 0; i < len; ++i) col[i] += mul(a, v[i * inc]);
 }
 

@@ -1,6 +1,7 @@
 // The blocked product written once for every instruction set: packing, macro-kernel and the
 // register-blocked micro-kernels, over a small table of vector operations that each
-// instruction-set file supplies; and the small triangular solve at the bottom of trsm.
+// instruction-set file supplies; and the small triangular products and solves at the bottom
+// of trmm and trsm.
 //
 // The scheme is the one of K. Goto and R. van de Geijn, "Anatomy of high-performance matrix
 // multiplication", ACM TOMS 34(3), 2008: B is packed kc by nc (L3), A mc by kc (L2), both in
@@ -197,6 +198,48 @@ inline void zero_elem(typename Elem<T>::R* d) {
     if constexpr (Elem<T>::cw == 2) d[1] = 0;
 }
 
+// dst[p * S + j] = op(src[p + j * ld]) for p < kc and j < cols, zeros for cols <= j < S: the
+// packing of a sliver whose source columns run along k (A transposed, B not). Real data go
+// four columns by four steps at a time through a transpose in registers, so that both the
+// reads down the columns and the writes along the sliver are whole vectors.
+template <class T, int S>
+void pack_across(const typename Elem<T>::R* src, Index ld, Index cols, Index kc, typename Elem<T>::R* dst,
+                 bool conj) {
+    using R = typename Elem<T>::R;
+    constexpr int CW = Elem<T>::cw;
+    Index j = 0;
+    if constexpr (CW == 1) {
+        using V4 [[gnu::vector_size(4 * sizeof(R))]] = R;
+        // (vectors pass by reference: the portable build has no registers of this width)
+        auto load = [](V4& v, const R* p) { std::memcpy(&v, p, sizeof v); };
+        auto store = [](R* p, const V4& v) { std::memcpy(p, &v, sizeof v); };
+        for (; j + 4 <= cols; j += 4) {
+            const R* c0 = src + j * ld;
+            const R *c1 = c0 + ld, *c2 = c1 + ld, *c3 = c2 + ld;
+            R* d = dst + j;
+            Index p = 0;
+            for (; p + 4 <= kc; p += 4, d += 4 * S) {
+                V4 r0, r1, r2, r3;
+                load(r0, c0 + p), load(r1, c1 + p), load(r2, c2 + p), load(r3, c3 + p);
+                const V4 t0 = __builtin_shufflevector(r0, r1, 0, 4, 2, 6), t1 = __builtin_shufflevector(r0, r1, 1, 5, 3, 7);
+                const V4 t2 = __builtin_shufflevector(r2, r3, 0, 4, 2, 6), t3 = __builtin_shufflevector(r2, r3, 1, 5, 3, 7);
+                const V4 o0 = __builtin_shufflevector(t0, t2, 0, 1, 4, 5), o1 = __builtin_shufflevector(t1, t3, 0, 1, 4, 5);
+                const V4 o2 = __builtin_shufflevector(t0, t2, 2, 3, 6, 7), o3 = __builtin_shufflevector(t1, t3, 2, 3, 6, 7);
+                store(d, o0), store(d + S, o1), store(d + 2 * S, o2), store(d + 3 * S, o3);
+            }
+            for (; p < kc; ++p, d += S) d[0] = c0[p], d[1] = c1[p], d[2] = c2[p], d[3] = c3[p];
+        }
+    }
+    for (; j < S; ++j) {
+        if (j < cols) {
+            const R* c = src + j * ld * CW;
+            for (Index p = 0; p < kc; ++p) copy_elem<T>(c + p * CW, dst + (p * S + j) * CW, conj);
+        } else {
+            for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * S + j) * CW);
+        }
+    }
+}
+
 // Packs rows i0.. i0+mc-1, columns p0.. p0+kc-1 of op(A) into slivers of MR rows: element
 // (i, p) of a sliver lands at p*MR + i. The last sliver is padded with zeros.
 template <class T, int MR>
@@ -232,15 +275,7 @@ void pack_a(const Operand<T>& A, Index i0, Index p0, Index mc, Index kc, typenam
                     }
             }
         } else {
-            const bool conj = A.op == 'C';
-            for (Index r = 0; r < MR; ++r) {
-                if (r < rows) {
-                    const R* src = x + (p0 + (r0 + r) * ld) * CW;
-                    for (Index p = 0; p < kc; ++p) copy_elem<T>(src + p * CW, dst + (p * MR + r) * CW, conj);
-                } else {
-                    for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * MR + r) * CW);
-                }
-            }
+            pack_across<T, MR>(x + (p0 + r0 * ld) * CW, ld, rows, kc, dst, A.op == 'C');
         }
     }
 }
@@ -265,14 +300,7 @@ void pack_b(const Operand<T>& B, Index p0, Index j0, Index kc, Index nc, typenam
                         zero_elem<T>(d);
                 }
         } else if (B.op == 'N') {
-            for (Index j = 0; j < NR; ++j) {
-                if (j < cols) {
-                    const R* src = x + (p0 + (c0 + j) * ld) * CW;
-                    for (Index p = 0; p < kc; ++p) copy_elem<T>(src + p * CW, dst + (p * NR + j) * CW, false);
-                } else {
-                    for (Index p = 0; p < kc; ++p) zero_elem<T>(dst + (p * NR + j) * CW);
-                }
-            }
+            pack_across<T, NR>(x + (p0 + c0 * ld) * CW, ld, cols, kc, dst, false);
         } else {
             const bool conj = B.op == 'C';
             const R* src = x + (c0 + p0 * ld) * CW;
@@ -288,66 +316,150 @@ void pack_b(const Operand<T>& B, Index p0, Index j0, Index kc, Index nc, typenam
     }
 }
 
-// ---- trsm's left-side leaf ----
+// ---- the leaves of trmm and trsm ----
 //
-// A leaf solves at most 32 rows for all n columns of B. Substitution down one column is a
-// chain of short, dependent steps; across columns the steps are independent, so columns are
-// taken 64 bytes' worth at a time and laid out row by row, and every step of the substitution
-// becomes one vector operation across them (the compiler vectorizes the loops over c).
-// Complex numbers are split into real and imaginary rows for the same reason.
+// A leaf multiplies or solves with a triangle of at most 32 rows and columns. Along one
+// column of the left-side operation every step depends on the one before; across columns of
+// B the steps are independent, so columns are taken 256 bytes' worth at a time and laid out
+// row by row, and every step becomes one vector operation across them (the compiler
+// vectorizes the loops over c). The right-side leaves work on B's columns directly, a block
+// of 256 bytes of rows at a time, so their steps are vector operations down the columns.
+// Complex numbers are split into real and imaginary rows for the same reason. The blocks are
+// always full (padded with zeros), so every element of B sees the same operations wherever it
+// falls in a block.
 
-// Solves op(A) X = alpha B for the m by m triangle t (column-major, leading dimension ldt,
-// diagonal already inverted, zeros outside the triangle), m <= 32, overwriting the m by n B.
+constexpr int leaf_side = 32;
+
+// x := x * (tr, ti) on cb lanes of a split complex row (real data: xi unused, ti zero).
+template <class R, int CW, int CB>
+inline void scale_row(R* xr, R* xi, R tr, R ti) {
+    if constexpr (CW == 1) {
+        for (int c = 0; c < CB; ++c) xr[c] *= tr;
+    } else {
+        for (int c = 0; c < CB; ++c) {
+            const R r = xr[c] * tr - xi[c] * ti, im = xr[c] * ti + xi[c] * tr;
+            xr[c] = r, xi[c] = im;
+        }
+    }
+}
+
+// y := y + sign * x * (tr, ti) on CB lanes of split complex rows.
+template <class R, int CW, int CB, bool Sub>
+inline void axpy_row(R* yr, R* yi, const R* xr, const R* xi, R tr, R ti) {
+    if constexpr (CW == 1) {
+        for (int c = 0; c < CB; ++c) yr[c] = Sub ? yr[c] - tr * xr[c] : yr[c] + tr * xr[c];
+    } else {
+        for (int c = 0; c < CB; ++c) {
+            const R pr = tr * xr[c] - ti * xi[c], pi = tr * xi[c] + ti * xr[c];
+            yr[c] = Sub ? yr[c] - pr : yr[c] + pr;
+            yi[c] = Sub ? yi[c] - pi : yi[c] + pi;
+        }
+    }
+}
+
+// xr[c] (and xi[c]) := alpha * s[c * step] for c < valid, zeros for valid <= c < N: one row of
+// a leaf's block, split into real and imaginary parts.
+template <class R, int CW, int N>
+inline void load_split(R* xr, R* xi, const R* s, Index step, int valid, const R* alpha) {
+    for (int c = 0; c < N; ++c) {
+        if (c >= valid) {
+            xr[c] = 0;
+            if constexpr (CW == 2) xi[c] = 0;
+            continue;
+        }
+        const R* e = s + c * step;
+        if constexpr (CW == 1) {
+            xr[c] = alpha[0] * e[0];
+        } else {
+            xr[c] = alpha[0] * e[0] - alpha[1] * e[1];
+            xi[c] = alpha[0] * e[1] + alpha[1] * e[0];
+        }
+    }
+}
+
+// d[c * step] := element c of the split row, c < valid.
+template <class R, int CW>
+inline void store_split(R* d, Index step, int valid, const R* xr, const R* xi) {
+    for (int c = 0; c < valid; ++c) {
+        d[c * step] = xr[c];
+        if constexpr (CW == 2) d[c * step + 1] = xi[c];
+    }
+}
+
+// B := alpha op(A) B (solve false) or B := op(A)^-1 alpha B (solve true) for the m by m
+// triangle t (column-major, leading dimension ldt, zeros outside the triangle; for a solve
+// its diagonal already inverted), m <= 32, B m by n.
 template <class T>
-void solve_left_leaf(const T* t_, Index ldt, bool lower, int m, Index n, const T* alpha_, T* b_, Index ldb) {
+void left_leaf(const T* t_, Index ldt, bool lower, bool solve, int m, Index n, const T* alpha_, T* b_,
+               Index ldb) {
     using R = typename Elem<T>::R;
     constexpr int CW = Elem<T>::cw;
-    constexpr int CB = 64 / sizeof(R);  // columns per block
+    constexpr int CB = 256 / sizeof(R);  // columns per block
     const R* t = reinterpret_cast<const R*>(t_);
     const R* alpha = reinterpret_cast<const R*>(alpha_);
     R* b = reinterpret_cast<R*>(b_);
-    alignas(64) R xr[32][CB], xi[CW == 2 ? 32 : 1][CB];
+    alignas(64) R xr[leaf_side][CB], xi[CW == 2 ? leaf_side : 1][CB];
+    R* xi_row = xi[0];
+    auto im_row = [&](int i) { return CW == 2 ? xi[i] : xi_row; };
     for (Index j0 = 0; j0 < n; j0 += CB) {
         const int cols = static_cast<int>(lesser(CB, n - j0));
-        for (int i = 0; i < m; ++i)
-            for (int c = 0; c < CB; ++c) {
-                const R* s = b + (i + (j0 + c) * ldb) * CW;
-                if constexpr (CW == 1) {
-                    xr[i][c] = c < cols ? alpha[0] * s[0] : 0;
-                } else {
-                    xr[i][c] = c < cols ? alpha[0] * s[0] - alpha[1] * s[1] : 0;
-                    xi[i][c] = c < cols ? alpha[0] * s[1] + alpha[1] * s[0] : 0;
-                }
-            }
+        for (int i = 0; i < m; ++i) load_split<R, CW, CB>(xr[i], im_row(i), b + (i + j0 * ldb) * CW, ldb * CW, cols, alpha);
         for (int step = 0; step < m; ++step) {
-            const int k = lower ? step : m - 1 - step;
+            // A solve finishes x(k) and subtracts it from the rows still to come; a product
+            // adds the still unchanged x(k) to the rows it feeds, then scales it.
+            const int k = lower == solve ? step : m - 1 - step;
             const R* tk = t + k * ldt * CW;
             const int lo = lower ? k + 1 : 0, hi = lower ? m : k;
-            if constexpr (CW == 1) {
-                for (int c = 0; c < CB; ++c) xr[k][c] *= tk[k];
+            const R dr = tk[k * CW], di = CW == 2 ? tk[k * CW + 1] : 0;
+            if (solve) {
+                scale_row<R, CW, CB>(xr[k], im_row(k), dr, di);
                 for (int i = lo; i < hi; ++i)
-                    for (int c = 0; c < CB; ++c) xr[i][c] -= tk[i] * xr[k][c];
+                    axpy_row<R, CW, CB, true>(xr[i], im_row(i), xr[k], im_row(k), tk[i * CW], CW == 2 ? tk[i * CW + 1] : 0);
             } else {
-                const R dr = tk[2 * k], di = tk[2 * k + 1];
-                for (int c = 0; c < CB; ++c) {
-                    const R r = xr[k][c] * dr - xi[k][c] * di, im = xr[k][c] * di + xi[k][c] * dr;
-                    xr[k][c] = r, xi[k][c] = im;
-                }
-                for (int i = lo; i < hi; ++i) {
-                    const R ar = tk[2 * i], ai = tk[2 * i + 1];
-                    for (int c = 0; c < CB; ++c) {
-                        xr[i][c] -= ar * xr[k][c] - ai * xi[k][c];
-                        xi[i][c] -= ar * xi[k][c] + ai * xr[k][c];
-                    }
-                }
+                for (int i = lo; i < hi; ++i)
+                    axpy_row<R, CW, CB, false>(xr[i], im_row(i), xr[k], im_row(k), tk[i * CW], CW == 2 ? tk[i * CW + 1] : 0);
+                scale_row<R, CW, CB>(xr[k], im_row(k), dr, di);
             }
         }
-        for (int c = 0; c < cols; ++c)
-            for (int i = 0; i < m; ++i) {
-                R* d = b + (i + (j0 + c) * ldb) * CW;
-                d[0] = xr[i][c];
-                if constexpr (CW == 2) d[1] = xi[i][c];
+        for (int i = 0; i < m; ++i) store_split<R, CW>(b + (i + j0 * ldb) * CW, ldb * CW, cols, xr[i], im_row(i));
+    }
+}
+
+// B := alpha B op(A) (solve false) or B := alpha B op(A)^-1 (solve true) for the n by n
+// triangle t as in left_leaf, n <= 32, B m by n.
+template <class T>
+void right_leaf(const T* t_, Index ldt, bool lower, bool solve, int n, Index m, const T* alpha_, T* b_,
+                Index ldb) {
+    using R = typename Elem<T>::R;
+    constexpr int CW = Elem<T>::cw;
+    constexpr int RB = 256 / sizeof(R);  // rows per block
+    const R* t = reinterpret_cast<const R*>(t_);
+    const R* alpha = reinterpret_cast<const R*>(alpha_);
+    R* b = reinterpret_cast<R*>(b_);
+    alignas(64) R xr[leaf_side][RB], xi[CW == 2 ? leaf_side : 1][RB];
+    R* xi_row = xi[0];
+    auto im_row = [&](int j) { return CW == 2 ? xi[j] : xi_row; };
+    for (Index i0 = 0; i0 < m; i0 += RB) {
+        const int rows = static_cast<int>(lesser(RB, m - i0));
+        for (int j = 0; j < n; ++j) load_split<R, CW, RB>(xr[j], im_row(j), b + (i0 + j * ldb) * CW, CW, rows, alpha);
+        for (int step = 0; step < n; ++step) {
+            // Column j of the result takes the columns k with t(k, j) nonzero: below the diagonal
+            // for a lower triangle. A solve needs them finished, a product still unchanged.
+            const int j = lower != solve ? step : n - 1 - step;
+            const R* tj = t + j * ldt * CW;
+            const int lo = lower ? j + 1 : 0, hi = lower ? n : j;
+            const R dr = tj[j * CW], di = CW == 2 ? tj[j * CW + 1] : 0;
+            if (solve) {
+                for (int k = lo; k < hi; ++k)
+                    axpy_row<R, CW, RB, true>(xr[j], im_row(j), xr[k], im_row(k), tj[k * CW], CW == 2 ? tj[k * CW + 1] : 0);
+                scale_row<R, CW, RB>(xr[j], im_row(j), dr, di);
+            } else {
+                scale_row<R, CW, RB>(xr[j], im_row(j), dr, di);
+                for (int k = lo; k < hi; ++k)
+                    axpy_row<R, CW, RB, false>(xr[j], im_row(j), xr[k], im_row(k), tj[k * CW], CW == 2 ? tj[k * CW + 1] : 0);
             }
+        }
+        for (int j = 0; j < n; ++j) store_split<R, CW>(b + (i0 + j * ldb) * CW, CW, rows, xr[j], im_row(j));
     }
 }
 
@@ -435,7 +547,7 @@ struct Kernel {
         else
             micro_complex<V, MV, NR>(kc, a, b, c, ldc, alpha, beta);
     }
-    static Engine<T> engine() { return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>, &solve_left_leaf<T>}; }
+    static Engine<T> engine() { return Engine<T>{MR, NR, MC, KC, NC, &drive<Kernel>, &left_leaf<T>, &right_leaf<T>}; }
 };
 
 }  // namespace

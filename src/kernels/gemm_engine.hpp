@@ -51,11 +51,14 @@ struct Engine {
     int mr, nr;      // register block: the micro-kernel computes mr by nr of C
     int mc, kc, nc;  // cache blocks: mc by kc of A stays in L2, kc by nc of B in L3
     void (*run)(const Problem<T>& p, const Part& part, T* a_pack, T* b_pack);
-    // trsm's left-side leaf: solves op(A) X = alpha B (m <= 32 rows, B m by n, overwritten)
-    // for the triangle t, column-major with leading dimension ldt, its diagonal inverted and
-    // zeros outside the triangle.
-    void (*solve_left_leaf)(const T* t, Index ldt, bool lower, int m, Index n, const T* alpha, T* b,
-                            Index ldb);
+    // The leaves of trmm and trsm, for the triangle t (column-major with leading dimension
+    // ldt, zeros outside the triangle, its diagonal inverted for a solve) of order nt <= 32
+    // and B (rows by cols, overwritten): left, B := alpha op(A) B or op(A)^-1 alpha B (nt =
+    // rows); right, B := alpha B op(A) or alpha B op(A)^-1 (nt = cols).
+    void (*left_leaf)(const T* t, Index ldt, bool lower, bool solve, int nt, Index cols, const T* alpha, T* b,
+                      Index ldb);
+    void (*right_leaf)(const T* t, Index ldt, bool lower, bool solve, int nt, Index rows, const T* alpha, T* b,
+                       Index ldb);
     std::size_t a_size() const { return static_cast<std::size_t>(mc) * kc; }
     std::size_t b_size() const { return static_cast<std::size_t>(kc) * nc; }
 };

@@ -6,7 +6,8 @@ namespace qnum::kern {
 
 // Column-oriented: the no-transpose product adds alpha x(j) times column j to y, the transposed
 // one forms y(j) += alpha (column j . x); either way A is read down its columns with unit
-// stride. Long real columns go to the tuned table, which streams A once.
+// stride. With unit stride on the long side the whole product goes to the tuned table, which
+// streams A once.
 template <class T>
 void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, int incx, T beta, T* y,
           int incy) {
@@ -17,18 +18,21 @@ void gemv(char trans, int m, int n, T alpha, const T* a, int lda, const T* x, in
     if (alpha == T(0)) return;
     const T* xp = x + first(lenx, incx);
     T* yp = y + first(leny, incy);
-    if (notrans) {
-        if constexpr (!is_complex_v<T>) {
-            auto* t = tuned::ops<T>();
-            if (t && incy == 1) return t->gemv_n(m, n, alpha, a, lda, xp, incx, y);
+    const bool c = trans == 'C';
+    if constexpr (is_complex_v<T>) {
+        if (auto* t = tuned::complex_ops<Real<T>>()) {
+            if (notrans && incy == 1) return t->gemv_n(m, n, reals(&alpha), reals(a), lda, reals(xp), incx, reals(y));
+            if (!notrans && incx == 1) return t->gemv_t(m, n, reals(&alpha), reals(a), lda, reals(x), reals(yp), incy, c);
         }
+    } else {
+        if (auto* t = tuned::ops<T>()) {
+            if (notrans && incy == 1) return t->gemv_n(m, n, alpha, a, lda, xp, incx, y);
+            if (!notrans && incx == 1) return t->gemv_t(m, n, alpha, a, lda, x, yp, incy);
+        }
+    }
+    if (notrans) {
         for (idx j = 0; j < n; ++j) col_axpy(m, mul(alpha, xp[j * incx]), a + j * lda, yp, incy);
     } else {
-        const bool c = trans == 'C';
-        if constexpr (!is_complex_v<T>) {
-            auto* t = tuned::ops<T>();
-            if (t && incx == 1) return t->gemv_t(m, n, alpha, a, lda, x, yp, incy);
-        }
         for (idx j = 0; j < n; ++j) yp[j * incy] += mul(alpha, col_dot(m, a + j * lda, xp, incx, c));
     }
 }

@@ -1,5 +1,5 @@
-// Vector kernels (BLAS Level 1): portable loops, with the long unit-stride real loops handed
-// to the tuned table of the processor.
+// Vector kernels (BLAS Level 1): portable loops, with the long unit-stride loops handed to
+// the tuned tables of the processor.
 #include "kernels/level1.hpp"
 
 #include <cmath>
@@ -14,12 +14,7 @@ namespace {
 template <class T>
 T dot_any(int n, const T* x, int incx, const T* y, int incy, bool conj_x) {
     if (n < 1) return T(0);
-    if (incx == 1 && incy == 1) {
-        if constexpr (!is_complex_v<T>) {
-            if (auto* t = tuned::ops<T>()) return t->dot(n, x, y);
-        }
-        return dot_unit<T>(n, x, y, conj_x);
-    }
+    if (incx == 1 && incy == 1) return dot_unit<T>(n, x, y, conj_x);
     idx ix = first(n, incx), iy = first(n, incy);
     T s{};
     for (int i = 0; i < n; ++i, ix += incx, iy += incy) s += mul(conj_if(conj_x, x[ix]), y[iy]);
@@ -95,13 +90,7 @@ T dotc(int n, const T* x, int incx, const T* y, int incy) {
 template <class T>
 void axpy(int n, T a, const T* x, int incx, T* y, int incy) {
     if (n < 1 || a == T(0)) return;
-    if (incx == 1 && incy == 1) {
-        if constexpr (!is_complex_v<T>) {
-            if (auto* t = tuned::ops<T>()) return t->axpy(n, a, x, y);
-        }
-        axpy_unit<T>(n, a, x, y, false);
-        return;
-    }
+    if (incx == 1 && incy == 1) return axpy_unit<T>(n, a, x, y, false);
     idx ix = first(n, incx), iy = first(n, incy);
     for (int i = 0; i < n; ++i, ix += incx, iy += incy) y[iy] += mul(a, x[ix]);
 }
@@ -109,6 +98,10 @@ void axpy(int n, T a, const T* x, int incx, T* y, int incy) {
 template <class T>
 void scal(int n, T a, T* x, int incx) {
     if (n < 1) return;
+    if constexpr (is_complex_v<T>) {
+        auto* t = tuned::complex_ops<Real<T>>();
+        if (t && (incx == 1 || incx == -1)) return t->scal(n, reals(&a), reals(x));
+    }
     idx ix = first(n, incx);
     for (int i = 0; i < n; ++i, ix += incx) x[ix] = mul(a, x[ix]);
 }

@@ -172,83 +172,17 @@ struct Tri {
     bool lower;  // op(A) is lower triangular
 };
 
-// The leaves of the recursions, kept out of the recursive functions so that their frames stay
-// small.
+// The leaves of the recursions run in the engine of the active instruction set on a dense
+// copy of the diagonal block; they are kept out of the recursive functions so that the
+// recursions' frames stay small.
 template <class T>
-[[gnu::noinline]] void trmm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
+[[gnu::noinline]] void leaf_op(const Tri<T>& A, Index d, bool left, bool solve, int m, int n, T alpha, T* b,
+                               int ldb) {
     T t[leaf * leaf];
-    const T* ad = A.a + d + d * A.lda;
-    dense_triangle(A.uplo, A.ta, A.diag, m, ad, A.lda, false, t);
-    for (Index j = 0; j < n; ++j) {
-        T* bj = b + j * ldb;
-        if (A.lower) {
-            for (Index k = m - 1; k >= 0; --k) {  // b(k) is still unchanged when it is used
-                const T s = alpha * bj[k];
-                bj[k] = s * t[k + k * leaf];
-                for (Index i = k + 1; i < m; ++i) bj[i] += s * t[i + k * leaf];
-            }
-        } else {
-            for (Index k = 0; k < m; ++k) {
-                const T s = alpha * bj[k];
-                for (Index i = 0; i < k; ++i) bj[i] += s * t[i + k * leaf];
-                bj[k] = s * t[k + k * leaf];
-            }
-        }
-    }
-}
-
-template <class T>
-[[gnu::noinline]] void trmm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
-    T t[leaf * leaf];
-    const T* ad = A.a + d + d * A.lda;
-    dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, false, t);
-    auto column = [&](Index j) {  // B(:, j) from the columns k with nonzero t(k, j)
-        T* bj = b + j * ldb;
-        const T s = alpha * t[j + j * leaf];
-        for (Index i = 0; i < m; ++i) bj[i] *= s;
-        const Index lo = A.lower ? j + 1 : 0, hi = A.lower ? n : j;
-        for (Index k = lo; k < hi; ++k) {
-            const T s2 = alpha * t[k + j * leaf];
-            const T* bk = b + k * ldb;
-            for (Index i = 0; i < m; ++i) bj[i] += s2 * bk[i];
-        }
-    };
-    if (A.lower)
-        for (Index j = 0; j < n; ++j) column(j);  // reads columns to the right, still unchanged
-    else
-        for (Index j = n - 1; j >= 0; --j) column(j);
-}
-
-// The substitution runs across columns, in the engine of the active instruction set.
-template <class T>
-[[gnu::noinline]] void trsm_left_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
-    T t[leaf * leaf];
-    dense_triangle(A.uplo, A.ta, A.diag, m, A.a + d + d * A.lda, A.lda, true, t);
-    gemm_impl::engine<T>().solve_left_leaf(t, leaf, A.lower, m, n, &alpha, b, ldb);
-}
-
-template <class T>
-[[gnu::noinline]] void trsm_right_leaf(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
-    T t[leaf * leaf];
-    const T* ad = A.a + d + d * A.lda;
-    dense_triangle(A.uplo, A.ta, A.diag, n, ad, A.lda, true, t);
-    auto column = [&](Index j) {  // X(:, j) from the solved columns k with nonzero t(k, j)
-        T* bj = b + j * ldb;
-        if (alpha != T(1))
-            for (Index i = 0; i < m; ++i) bj[i] *= alpha;
-        const Index lo = A.lower ? j + 1 : 0, hi = A.lower ? n : j;
-        for (Index k = lo; k < hi; ++k) {
-            const T s = t[k + j * leaf];
-            const T* bk = b + k * ldb;
-            for (Index i = 0; i < m; ++i) bj[i] -= s * bk[i];
-        }
-        const T r = t[j + j * leaf];
-        for (Index i = 0; i < m; ++i) bj[i] *= r;
-    };
-    if (A.lower)
-        for (Index j = n - 1; j >= 0; --j) column(j);
-    else
-        for (Index j = 0; j < n; ++j) column(j);
+    const int nt = left ? m : n;
+    dense_triangle(A.uplo, A.ta, A.diag, nt, A.a + d + d * A.lda, A.lda, solve, t);
+    const gemm_impl::Engine<T> e = gemm_impl::engine<T>();
+    (left ? e.left_leaf : e.right_leaf)(t, leaf, A.lower, solve, nt, left ? n : m, &alpha, b, ldb);
 }
 
 // B (m by n) = alpha op(A) B, op(A) the m by m block of the triangle that starts at (d, d).
@@ -270,7 +204,7 @@ void trmm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
         }
         return;
     }
-    trmm_left_leaf(A, d, m, n, alpha, b, ldb);
+    leaf_op(A, d, true, false, m, n, alpha, b, ldb);
 }
 
 // B (m by n) = alpha B op(A), op(A) the n by n block of the triangle that starts at (d, d).
@@ -292,7 +226,7 @@ void trmm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         }
         return;
     }
-    trmm_right_leaf(A, d, m, n, alpha, b, ldb);
+    leaf_op(A, d, false, false, m, n, alpha, b, ldb);
 }
 
 // Solves op(A) X = alpha B (m by n) for the m by m diagonal block at (d, d); X overwrites B.
@@ -314,7 +248,7 @@ void trsm_left(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) {
         }
         return;
     }
-    trsm_left_leaf(A, d, m, n, alpha, b, ldb);
+    leaf_op(A, d, true, true, m, n, alpha, b, ldb);
 }
 
 // Solves X op(A) = alpha B (m by n) for the n by n diagonal block at (d, d).
@@ -336,7 +270,7 @@ void trsm_right(const Tri<T>& A, Index d, int m, int n, T alpha, T* b, int ldb) 
         }
         return;
     }
-    trsm_right_leaf(A, d, m, n, alpha, b, ldb);
+    leaf_op(A, d, false, true, m, n, alpha, b, ldb);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "frame/prec.hpp"
+#include "kernels/tuned.hpp"
 
 namespace qnum::kern {
 
@@ -85,10 +86,30 @@ inline T real_part(T a) {
     }
 }
 
-// Unit-stride inner loops of the Level 2 kernels. Four partial sums keep the floating-point
-// pipeline busy; the result differs from a left-to-right sum only by rounding.
+// Unit-stride inner loops of the Level 1 and 2 kernels, handed to the tuned table of the
+// processor when it has one. The portable loops keep four partial sums to keep the
+// floating-point pipeline busy; any of them differs from a left-to-right sum only by rounding.
+// Complex data reach the tuned tables as pairs of reals (see tuned.hpp).
+template <class T>
+inline const Real<T>* reals(const T* p) {
+    return reinterpret_cast<const Real<T>*>(p);
+}
+template <class T>
+inline Real<T>* reals(T* p) {
+    return reinterpret_cast<Real<T>*>(p);
+}
+
 template <class T>
 inline T dot_unit(idx n, const T* x, const T* y, bool conj_x) {
+    if constexpr (is_complex_v<T>) {
+        if (auto* t = tuned::complex_ops<Real<T>>()) {
+            Real<T> out[2];
+            t->dot(n, reals(x), reals(y), conj_x, out);
+            return T(out[0], out[1]);
+        }
+    } else {
+        if (auto* t = tuned::ops<T>()) return t->dot(n, x, y);
+    }
     T s0{}, s1{}, s2{}, s3{};
     idx i = 0;
     if (conj_x) {
@@ -116,9 +137,14 @@ template <class T>
 inline void axpy_unit(idx n, T a, const T* x, T* y, bool conj_x) {
     if (conj_x) {
         for (idx i = 0; i < n; ++i) y[i] += mul(a, conj(x[i]));
-    } else {
-        for (idx i = 0; i < n; ++i) y[i] += mul(a, x[i]);
+        return;
     }
+    if constexpr (is_complex_v<T>) {
+        if (auto* t = tuned::complex_ops<Real<T>>()) return t->axpy(n, reals(&a), reals(x), reals(y));
+    } else {
+        if (auto* t = tuned::ops<T>()) return t->axpy(n, a, x, y);
+    }
+    for (idx i = 0; i < n; ++i) y[i] += mul(a, x[i]);
 }
 
 }  // namespace qnum::kern

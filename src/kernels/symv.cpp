@@ -24,11 +24,28 @@ void hermitian_product(int n, T alpha, const T* x, int incx, T beta, T* y, int i
     if (alpha == T(0)) return;
     const T* xp = x + first(n, incx);
     T* yp = y + first(n, incy);
+    // Complex columns with unit strides take one pass for both the update and the dot product.
+    const tuned::ComplexOps<Real<T>>* fused = nullptr;
+    if constexpr (is_complex_v<T>) {
+        if (incx == 1 && incy == 1) fused = tuned::complex_ops<Real<T>>();
+    }
     for (idx j = 0; j < n; ++j) {
         const Seg<T> s = column(j);
         const T t1 = mul(alpha, xp[j * incx]);
-        col_axpy(s.len, t1, s.p, yp + s.i0 * incy, incy);
-        const T t2 = col_dot(s.len, s.p, xp + s.i0 * incx, incx, true);
+        T t2{};
+        bool done = false;
+        if constexpr (is_complex_v<T>) {
+            if (fused && s.len > 0) {
+                Real<T> out[2];
+                fused->axpy_dotc(s.len, reals(&t1), reals(s.p), reals(xp + s.i0), reals(yp + s.i0), out);
+                t2 = T(out[0], out[1]);
+                done = true;
+            }
+        }
+        if (!done) {
+            col_axpy(s.len, t1, s.p, yp + s.i0 * incy, incy);
+            t2 = col_dot(s.len, s.p, xp + s.i0 * incx, incx, true);
+        }
         yp[j * incy] += mul(t1, real_part(s.d)) + mul(alpha, t2);
     }
 }

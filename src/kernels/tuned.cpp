@@ -23,4 +23,22 @@ const Ops<double>* ops<double>() {
     }
 }
 
+template <>
+const ComplexOps<float>* complex_ops<float>() {
+    switch (cpu::active()) {
+        case cpu::Path::Avx512: return &avx512::ops_complex_float;
+        case cpu::Path::Avx2: return &avx2::ops_complex_float;
+        default: return nullptr;
+    }
+}
+
+template <>
+const ComplexOps<double>* complex_ops<double>() {
+    switch (cpu::active()) {
+        case cpu::Path::Avx512: return &avx512::ops_complex_double;
+        case cpu::Path::Avx2: return &avx2::ops_complex_double;
+        default: return nullptr;
+    }
+}
+
 }  // namespace qnum::kern::tuned

@@ -19,47 +19,14 @@
 
 namespace {
 
+// The vector interface at each width: V512 (AVX-512 only) and V256 (both instruction sets);
+// V is the widest one of the file's instruction set.
 template <class T>
-struct V;
-
-#if defined(__AVX512F__)
+struct V512;
+template <class T>
+struct V256;
 template <>
-struct V<double> {
-    using R = __m512d;
-    static constexpr long w = 8;
-    static R zero() { return _mm512_setzero_pd(); }
-    static R set1(double a) { return _mm512_set1_pd(a); }
-    static R load(const double* p) { return _mm512_loadu_pd(p); }
-    static void store(double* p, R v) { _mm512_storeu_pd(p, v); }
-    static R fma(R a, R b, R c) { return _mm512_fmadd_pd(a, b, c); }
-    static R add(R a, R b) { return _mm512_add_pd(a, b); }
-    static R max(R a, R b) { return _mm512_max_pd(a, b); }
-    static R abs(R a) { return _mm512_abs_pd(a); }
-    static double sum(R a) { return _mm512_reduce_add_pd(a); }
-    static double hmax(R a) { return _mm512_reduce_max_pd(a); }
-    // The squares of the next w elements, widened to double (the identity here).
-    static R wide(const double* p) { return load(p); }
-};
-
-template <>
-struct V<float> {
-    using R = __m512;
-    static constexpr long w = 16;
-    static R zero() { return _mm512_setzero_ps(); }
-    static R set1(float a) { return _mm512_set1_ps(a); }
-    static R load(const float* p) { return _mm512_loadu_ps(p); }
-    static void store(float* p, R v) { _mm512_storeu_ps(p, v); }
-    static R fma(R a, R b, R c) { return _mm512_fmadd_ps(a, b, c); }
-    static R add(R a, R b) { return _mm512_add_ps(a, b); }
-    static R max(R a, R b) { return _mm512_max_ps(a, b); }
-    static R abs(R a) { return _mm512_abs_ps(a); }
-    static float sum(R a) { return _mm512_reduce_add_ps(a); }
-    static float hmax(R a) { return _mm512_reduce_max_ps(a); }
-    static __m512d wide(const float* p) { return _mm512_cvtps_pd(_mm256_loadu_ps(p)); }
-};
-#else
-template <>
-struct V<double> {
+struct V256<double> {
     using R = __m256d;
     static constexpr long w = 4;
     static R zero() { return _mm256_setzero_pd(); }
@@ -68,6 +35,8 @@ struct V<double> {
     static void store(double* p, R v) { _mm256_storeu_pd(p, v); }
     static R fma(R a, R b, R c) { return _mm256_fmadd_pd(a, b, c); }
     static R add(R a, R b) { return _mm256_add_pd(a, b); }
+    static R mul(R a, R b) { return _mm256_mul_pd(a, b); }
+    static R swap(R a) { return _mm256_permute_pd(a, 0x5); }
     static R max(R a, R b) { return _mm256_max_pd(a, b); }
     static R abs(R a) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), a); }
     static double sum(R a) {
@@ -82,7 +51,7 @@ struct V<double> {
 };
 
 template <>
-struct V<float> {
+struct V256<float> {
     using R = __m256;
     static constexpr long w = 8;
     static R zero() { return _mm256_setzero_ps(); }
@@ -91,6 +60,8 @@ struct V<float> {
     static void store(float* p, R v) { _mm256_storeu_ps(p, v); }
     static R fma(R a, R b, R c) { return _mm256_fmadd_ps(a, b, c); }
     static R add(R a, R b) { return _mm256_add_ps(a, b); }
+    static R mul(R a, R b) { return _mm256_mul_ps(a, b); }
+    static R swap(R a) { return _mm256_permute_ps(a, 0xB1); }
     static R max(R a, R b) { return _mm256_max_ps(a, b); }
     static R abs(R a) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a); }
     static float sum(R a) {
@@ -105,7 +76,53 @@ struct V<float> {
     }
     static __m256d wide(const float* p) { return _mm256_cvtps_pd(_mm_loadu_ps(p)); }
 };
+
+#if defined(__AVX512F__)
+template <>
+struct V512<double> {
+    using R = __m512d;
+    static constexpr long w = 8;
+    static R zero() { return _mm512_setzero_pd(); }
+    static R set1(double a) { return _mm512_set1_pd(a); }
+    static R load(const double* p) { return _mm512_loadu_pd(p); }
+    static void store(double* p, R v) { _mm512_storeu_pd(p, v); }
+    static R fma(R a, R b, R c) { return _mm512_fmadd_pd(a, b, c); }
+    static R add(R a, R b) { return _mm512_add_pd(a, b); }
+    static R mul(R a, R b) { return _mm512_mul_pd(a, b); }
+    static R swap(R a) { return _mm512_permute_pd(a, 0x55); }
+    static R max(R a, R b) { return _mm512_max_pd(a, b); }
+    static R abs(R a) { return _mm512_abs_pd(a); }
+    static double sum(R a) { return _mm512_reduce_add_pd(a); }
+    static double hmax(R a) { return _mm512_reduce_max_pd(a); }
+    // The squares of the next w elements, widened to double (the identity here).
+    static R wide(const double* p) { return load(p); }
+};
+
+template <>
+struct V512<float> {
+    using R = __m512;
+    static constexpr long w = 16;
+    static R zero() { return _mm512_setzero_ps(); }
+    static R set1(float a) { return _mm512_set1_ps(a); }
+    static R load(const float* p) { return _mm512_loadu_ps(p); }
+    static void store(float* p, R v) { _mm512_storeu_ps(p, v); }
+    static R fma(R a, R b, R c) { return _mm512_fmadd_ps(a, b, c); }
+    static R add(R a, R b) { return _mm512_add_ps(a, b); }
+    static R mul(R a, R b) { return _mm512_mul_ps(a, b); }
+    static R swap(R a) { return _mm512_permute_ps(a, 0xB1); }
+    static R max(R a, R b) { return _mm512_max_ps(a, b); }
+    static R abs(R a) { return _mm512_abs_ps(a); }
+    static float sum(R a) { return _mm512_reduce_add_ps(a); }
+    static float hmax(R a) { return _mm512_reduce_max_ps(a); }
+    static __m512d wide(const float* p) { return _mm512_cvtps_pd(_mm256_loadu_ps(p)); }
+};
+template <class T>
+using V = V512<T>;
+#else
+template <class T>
+using V = V256<T>;
 #endif
+
 
 template <class T>
 T dot(long n, const T* x, const T* y) {
@@ -256,6 +273,266 @@ void gemv_t(long m, long n, T alpha, const T* a, long lda, const T* x, T* y, lon
         y[(j + 3) * incy] += alpha * s3;
     }
     for (; j < n; ++j) y[j * incy] += alpha * dot(m, a + j * lda, x);
+}
+
+// ---- complex data ----
+//
+// A complex array is its interleaved pairs of reals, so a register holds w/2 complex numbers.
+// A product t * z is t_re * z + (-t_im, t_im) * swap(z), swap exchanging the two parts of each
+// pair: two multiply-adds per register. The sums of products keep two accumulators, z * u and
+// z * swap(u), whose lanes are combined with signs once at the end.
+
+// The register whose even lanes hold `even` and odd lanes `odd`.
+template <class v>
+using Elem = decltype(v::sum(v::zero()));
+
+template <class v>
+typename v::R pairs(Elem<v> even, Elem<v> odd) {
+    alignas(64) Elem<v> p[v::w];
+    for (long i = 0; i < v::w; i += 2) p[i] = even, p[i + 1] = odd;
+    return v::load(p);
+}
+
+// sum(a) and sum(a * (1, -1)): the two ways a complex sum of products is read out of an
+// accumulator of products of reals.
+template <class v>
+auto sum_all(typename v::R a) {
+    return v::sum(a);
+}
+template <class v>
+auto sum_diff(typename v::R a) {
+    return v::sum(v::mul(a, pairs<v>(1, -1)));
+}
+
+// Complex elements at p before the next 64-byte boundary (at most n). Wide loads and stores
+// that straddle two cache lines cost twice, and the caller's arrays are rarely aligned to
+// more than 16 bytes, so the streaming loops start at a boundary of the array they store to
+// (or, for the sums, of one of the two they read).
+template <class T>
+long to_line(const T* p, long n) {
+    const auto skip = static_cast<long>((64 - reinterpret_cast<unsigned long>(p) % 64) % 64);
+    if (skip % static_cast<long>(2 * sizeof(T)) != 0) return 0;
+    const long k = skip / static_cast<long>(2 * sizeof(T));
+    return k < n ? k : n;
+}
+
+template <class T, class v = V<T>>
+void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    const T s = conj_x ? -1 : 1;
+    T re = 0, im = 0;
+    auto one = [&](long i) {
+        const T xr = x[i], xi = s * x[i + 1];
+        re += xr * y[i] - xi * y[i + 1];
+        im += xr * y[i + 1] + xi * y[i];
+    };
+    long i = 0;
+    for (const long h = 2 * to_line(x, n); i < h; i += 2) one(i);
+    typename v::R p[4], q[4];
+    for (int u = 0; u < 4; ++u) p[u] = q[u] = v::zero();
+    for (; i + 4 * w <= len; i += 4 * w)
+        for (int u = 0; u < 4; ++u) {
+            const auto x0 = v::load(x + i + u * w), y0 = v::load(y + i + u * w);
+            p[u] = v::fma(x0, y0, p[u]);
+            q[u] = v::fma(x0, v::swap(y0), q[u]);
+        }
+    for (; i + w <= len; i += w) {
+        const auto x0 = v::load(x + i), y0 = v::load(y + i);
+        p[0] = v::fma(x0, y0, p[0]);
+        q[0] = v::fma(x0, v::swap(y0), q[0]);
+    }
+    const auto ps = v::add(v::add(p[0], p[1]), v::add(p[2], p[3]));
+    const auto qs = v::add(v::add(q[0], q[1]), v::add(q[2], q[3]));
+    // ps's lanes: xr yr, xi yi; qs's: xr yi, xi yr
+    re += conj_x ? sum_all<v>(ps) : sum_diff<v>(ps);
+    im += conj_x ? sum_diff<v>(qs) : sum_all<v>(qs);
+    for (; i < len; i += 2) one(i);
+    out[0] = re;
+    out[1] = im;
+}
+
+template <class T, class v = V<T>>
+void caxpy(long n, const T* a, const T* x, T* y) {
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    const auto ar = v::set1(a[0]), ai = pairs<v>(-a[1], a[1]);
+    auto one = [&](long i) {
+        const T xr = x[i], xi = x[i + 1];
+        y[i] += a[0] * xr - a[1] * xi;
+        y[i + 1] += a[0] * xi + a[1] * xr;
+    };
+    long i = 0;
+    for (const long h = 2 * to_line(y, n); i < h; i += 2) one(i);
+    for (; i + 4 * w <= len; i += 4 * w)
+        for (int u = 0; u < 4; ++u) {
+            const auto x0 = v::load(x + i + u * w);
+            v::store(y + i + u * w, v::fma(ai, v::swap(x0), v::fma(ar, x0, v::load(y + i + u * w))));
+        }
+    for (; i + w <= len; i += w) {
+        const auto x0 = v::load(x + i);
+        v::store(y + i, v::fma(ai, v::swap(x0), v::fma(ar, x0, v::load(y + i))));
+    }
+    for (; i < len; i += 2) one(i);
+}
+
+template <class T, class v = V<T>>
+void cscal(long n, const T* a, T* x) {
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    const auto ar = v::set1(a[0]), ai = pairs<v>(-a[1], a[1]);
+    auto one = [&](long i) {
+        const T xr = x[i], xi = x[i + 1];
+        x[i] = a[0] * xr - a[1] * xi;
+        x[i + 1] = a[0] * xi + a[1] * xr;
+    };
+    long i = 0;
+    for (const long h = 2 * to_line(x, n); i < h; i += 2) one(i);
+    for (; i + 4 * w <= len; i += 4 * w)
+        for (int u = 0; u < 4; ++u) {
+            const auto x0 = v::load(x + i + u * w);
+            v::store(x + i + u * w, v::fma(ai, v::swap(x0), v::mul(ar, x0)));
+        }
+    for (; i + w <= len; i += w) {
+        const auto x0 = v::load(x + i);
+        v::store(x + i, v::fma(ai, v::swap(x0), v::mul(ar, x0)));
+    }
+    for (; i < len; i += 2) one(i);
+}
+
+// As the real gemv_n: rows in blocks whose part of y stays in the first-level cache, four
+// columns added per pass over it. Each column's multiple t = alpha x(j) is applied as
+// t_re * col into y and t_im * col into a second accumulator, which joins y with one swap per
+// four columns.
+template <class T>
+void cgemv_n(long m, long n, const T* alpha, const T* a, long lda, const T* x, long incx, T* y) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    constexpr int group = 4;
+    constexpr long block = 16384 / static_cast<long>(sizeof(T));  // reals of y per block
+    const auto sign = pairs<v>(-1, 1);
+    for (long i0 = 0; i0 < 2 * m; i0 += block) {
+        const long mb = 2 * m - i0 < block ? 2 * m - i0 : block;
+        T* yb = y + i0;
+        for (long j = 0; j < n; j += group) {
+            const int cols = n - j < group ? static_cast<int>(n - j) : group;
+            T tr[group], ti[group];
+            typename v::R vr[group], vi[group];
+            const T* c[group];
+            for (int q = 0; q < group; ++q) {
+                const int col = q < cols ? q : 0;  // the columns past n repeat one with t = 0
+                const T* xj = x + 2 * (j + col) * incx;
+                tr[q] = q < cols ? alpha[0] * xj[0] - alpha[1] * xj[1] : 0;
+                ti[q] = q < cols ? alpha[0] * xj[1] + alpha[1] * xj[0] : 0;
+                vr[q] = v::set1(tr[q]);
+                vi[q] = v::set1(ti[q]);
+                c[q] = a + 2 * ((j + col) * lda) + i0;
+            }
+            long i = 0;
+            for (; i + 2 * w <= mb; i += 2 * w) {
+                auto y0 = v::load(yb + i), y1 = v::load(yb + i + w);
+                auto u0 = v::zero(), u1 = v::zero();
+                for (int q = 0; q < group; ++q) {
+                    const auto c0 = v::load(c[q] + i), c1 = v::load(c[q] + i + w);
+                    y0 = v::fma(c0, vr[q], y0);
+                    u0 = v::fma(c0, vi[q], u0);
+                    y1 = v::fma(c1, vr[q], y1);
+                    u1 = v::fma(c1, vi[q], u1);
+                }
+                v::store(yb + i, v::fma(sign, v::swap(u0), y0));
+                v::store(yb + i + w, v::fma(sign, v::swap(u1), y1));
+            }
+            for (; i < mb; i += 2) {
+                T re = yb[i], im = yb[i + 1];
+                for (int q = 0; q < cols; ++q) {
+                    const T cr = c[q][i], ci = c[q][i + 1];
+                    re += tr[q] * cr - ti[q] * ci;
+                    im += tr[q] * ci + ti[q] * cr;
+                }
+                yb[i] = re;
+                yb[i + 1] = im;
+            }
+        }
+    }
+}
+
+// As the real gemv_t: four columns against one pass over x, two accumulators per column
+// (col * x and col * swap(x)); swap(x) is formed once for the four.
+template <class T>
+void cgemv_t(long m, long n, const T* alpha, const T* a, long lda, const T* x, T* y, long incy, bool conj_a) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    constexpr int group = 4;
+    const long len = 2 * m;
+    const T s = conj_a ? -1 : 1;
+    for (long j = 0; j < n; j += group) {
+        const int cols = n - j < group ? static_cast<int>(n - j) : group;
+        const T* c[group];
+        for (int q = 0; q < group; ++q) c[q] = a + 2 * (j + (q < cols ? q : 0)) * lda;
+        typename v::R p[group], r[group];
+        for (int q = 0; q < group; ++q) p[q] = r[q] = v::zero();
+        long i = 0;
+        for (; i + w <= len; i += w) {
+            const auto x0 = v::load(x + i), xs = v::swap(x0);
+            for (int q = 0; q < group; ++q) {
+                const auto c0 = v::load(c[q] + i);
+                p[q] = v::fma(c0, x0, p[q]);
+                r[q] = v::fma(c0, xs, r[q]);
+            }
+        }
+        for (int q = 0; q < cols; ++q) {
+            // p's lanes: ar xr, ai xi; r's: ar xi, ai xr
+            T re = conj_a ? sum_all<v>(p[q]) : sum_diff<v>(p[q]);
+            T im = conj_a ? sum_diff<v>(r[q]) : sum_all<v>(r[q]);
+            for (long k = i; k < len; k += 2) {
+                const T ar = c[q][k], ai = s * c[q][k + 1];
+                re += ar * x[k] - ai * x[k + 1];
+                im += ar * x[k + 1] + ai * x[k];
+            }
+            T* yj = y + 2 * (j + q) * incy;
+            yj[0] += alpha[0] * re - alpha[1] * im;
+            yj[1] += alpha[0] * im + alpha[1] * re;
+        }
+    }
+}
+
+template <class T>
+void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
+    using v = V<T>;
+    constexpr long w = v::w;
+    const long len = 2 * n;
+    const auto tr = v::set1(t[0]), ti = pairs<v>(-t[1], t[1]);
+    T re = 0, im = 0;
+    auto one = [&](long i) {
+        const T cr = col[i], ci = col[i + 1];
+        y[i] += t[0] * cr - t[1] * ci;
+        y[i + 1] += t[0] * ci + t[1] * cr;
+        re += cr * x[i] + ci * x[i + 1];
+        im += cr * x[i + 1] - ci * x[i];
+    };
+    long i = 0;
+    for (const long h = 2 * to_line(y, n); i < h; i += 2) one(i);
+    typename v::R p[2] = {v::zero(), v::zero()}, r[2] = {v::zero(), v::zero()};
+    for (; i + 2 * w <= len; i += 2 * w)
+        for (int u = 0; u < 2; ++u) {
+            const long k = i + u * w;
+            const auto c0 = v::load(col + k), cs = v::swap(c0), x0 = v::load(x + k);
+            v::store(y + k, v::fma(ti, cs, v::fma(tr, c0, v::load(y + k))));
+            p[u] = v::fma(c0, x0, p[u]);
+            r[u] = v::fma(cs, x0, r[u]);
+        }
+    for (; i + w <= len; i += w) {
+        const auto c0 = v::load(col + i), cs = v::swap(c0), x0 = v::load(x + i);
+        v::store(y + i, v::fma(ti, cs, v::fma(tr, c0, v::load(y + i))));
+        p[0] = v::fma(c0, x0, p[0]);
+        r[0] = v::fma(cs, x0, r[0]);
+    }
+    // p's lanes: cr xr, ci xi; r's: ci xr, cr xi
+    re += sum_all<v>(v::add(p[0], p[1]));
+    im -= sum_diff<v>(v::add(r[0], r[1]));
+    for (; i < len; i += 2) one(i);
+    out[0] = re;
+    out[1] = im;
 }
 
 }  // namespace
