@@ -1,0 +1,420 @@
+// Allocation failures: every public routine that allocates is run with its k-th allocation
+// failing, for k = 1, 2, ... until the call succeeds. Each failing run must end with the
+// routine's documented error, hand back nothing, leak nothing, and leave the thread able to
+// make the same call again. The library's malloc family is wrapped at link time (extra.cmake),
+// which also catches the allocations that do not go through the frame's helper.
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <unistd.h>
+#include <set>
+#include <vector>
+
+#include "hardening.hpp"
+
+namespace qnum::test::hard {
+namespace {
+thread_local bool t_armed = false;
+thread_local long long t_count = 0, t_fail_at = 0;
+std::atomic<long long> g_live{0};
+std::atomic<std::size_t> g_cap{SIZE_MAX};
+
+bool refuse(std::size_t bytes) {
+    if (bytes > g_cap.load(std::memory_order_relaxed)) return true;
+    return t_armed && ++t_count == t_fail_at;
+}
+void* note(void* p) {
+    if (p != nullptr) g_live.fetch_add(1, std::memory_order_relaxed);
+    return p;
+}
+// Every test of this program shares threads with the library, so trapping is off from the
+// start; the fault tests turn it on in a child process.
+[[maybe_unused]] const bool trapping_off = (qnum_skip_signal_handler(), true);
+}  // namespace
+
+AllocWatch::AllocWatch(long long fail_at) { t_armed = true, t_count = 0, t_fail_at = fail_at; }
+AllocWatch::~AllocWatch() { t_armed = false; }
+long long AllocWatch::count() const { return t_count; }
+long long live_blocks() { return g_live.load(); }
+void set_size_cap(std::size_t bytes) { g_cap.store(bytes); }
+}  // namespace qnum::test::hard
+
+using qnum::test::hard::note;
+using qnum::test::hard::refuse;
+extern "C" {
+void* __real_malloc(std::size_t);
+void* __real_calloc(std::size_t, std::size_t);
+void* __real_realloc(void*, std::size_t);
+void* __real_aligned_alloc(std::size_t, std::size_t);
+void __real_free(void*);
+void* __wrap_malloc(std::size_t n) { return refuse(n) ? nullptr : note(__real_malloc(n)); }
+void* __wrap_calloc(std::size_t k, std::size_t n) {
+    return refuse(n != 0 && k > SIZE_MAX / n ? SIZE_MAX : k * n) ? nullptr : note(__real_calloc(k, n));
+}
+void* __wrap_aligned_alloc(std::size_t a, std::size_t n) {
+    return refuse(n) ? nullptr : note(__real_aligned_alloc(a, n));
+}
+void* __wrap_realloc(void* p, std::size_t n) {
+    if (refuse(n)) return nullptr;
+    void* q = __real_realloc(p, n);
+    return p == nullptr ? note(q) : q;
+}
+void __wrap_free(void* p) {
+    if (p != nullptr) qnum::test::hard::g_live.fetch_sub(1, std::memory_order_relaxed);
+    __real_free(p);
+}
+}
+
+namespace qnum::test::hard {
+namespace {
+
+// ---- representative calls: each returns true when the routine produced its result ----
+template <class T, class F>
+bool solve(F f, int kind) {  // kind 0 general, 1 positive definite, 2 nonnegative definite
+    T a[9], b[3];
+    const double av[9] = {4, 1, 0, 1, 3, 1, 0, 1, 2};
+    for (int i = 0; i < 9; ++i) a[i] = num<T>(av[i]);
+    for (int i = 0; i < 3; ++i) b[i] = num<T>(i + 1);
+    T* const poison = reinterpret_cast<T*>(8);
+    int* pvt = reinterpret_cast<int*>(8);
+    T *fac = poison, *inv = poison;
+    typename RealOf<T>::type cond = 0;
+    T* x = kind == 0   ? f(3, a, b, QNUM_FACTOR, &pvt, &fac, QNUM_INVERSE, &inv, QNUM_CONDITION, &cond, 0)
+           : kind == 1 ? f(3, a, b, QNUM_FACTOR, &fac, QNUM_INVERSE, &inv, QNUM_CONDITION, &cond, 0)
+                       : f(3, a, b, QNUM_FACTOR, &fac, QNUM_INVERSE, &inv, 0);
+    if (x == nullptr) {  // new results are handed back only when the call succeeds
+        EXPECT_TRUE(fac == nullptr && inv == nullptr && (kind != 0 || pvt == nullptr));
+        return false;
+    }
+    EXPECT_NEAR(re(x[0]) * 4 + re(x[1]), 1, 1e-4);
+    for (void* p : {static_cast<void*>(x), static_cast<void*>(fac), static_cast<void*>(inv)})
+        qnum_free_allocated_memory(p);
+    if (kind == 0) qnum_free_allocated_memory(pvt);
+    return true;
+}
+
+template <class T, class F>
+bool transpose(F f) {  // never fails for want of memory
+    T a[6];
+    for (int i = 0; i < 6; ++i) a[i] = num<T>(i);
+    f(2, 3, a, a);
+    return re(a[1]) == 3 && re(a[2]) == 1;
+}
+
+template <class T> T xs[6] = {T(0.5), T(0), T(2), T(1.5), T(1), T(2.5)};
+template <class T> T fs[6] = {T(0.25), T(0), T(4), T(2.25), T(1), T(6.25)};
+
+template <class P>
+bool spline(P* pp) {
+    if (pp == nullptr) return false;
+    qnum_free_allocated_memory(pp);
+    return true;
+}
+template <class T, class F, class P>
+bool grid(F value, P* pp) {
+    T xv[3] = {T(0.5), T(1), T(2)}, *out = nullptr;
+    value(T(1), pp, QNUM_GRID, 3, xv, &out, 0);
+    const bool ok = out != nullptr && std::abs(out[1] - 1) < 1e-4;
+    qnum_free_allocated_memory(out);
+    return ok;
+}
+
+template <class T> T sqrt_fn(T x) { return std::sqrt(std::abs(x)); }
+template <class T> T decay(T x) { return std::exp(-x); }
+template <class T> T quadratic(T x) { return x * x - 2; }
+template <class T> bool finite(T v) { return !std::isnan(v); }
+
+template <class T, class Q>
+bool quad(int member, Q q) {
+    const T pts[1] = {T(0.5)};
+    auto* g = sqrt_fn<T>;
+    switch (member) {
+    case 0: return finite(reinterpret_cast<T (*)(T (*)(T), T, T, ...)>(q)(g, 0, 1, 0));
+    case 1: return finite(reinterpret_cast<T (*)(T (*)(T), T, int, ...)>(q)(decay<T>, 0, 1, 0));
+    case 2: return finite(reinterpret_cast<T (*)(T (*)(T), T, int, T, T, ...)>(q)(g, 20, 1, 0, 1, 0));
+    case 3: return finite(reinterpret_cast<T (*)(T (*)(T), T, int, T, ...)>(q)(decay<T>, 2, 1, 0, 0));
+    case 4: return finite(reinterpret_cast<T (*)(T (*)(T), T, T, T, ...)>(q)(g, 0, 1, T(0.3), 0));
+    case 5: return finite(reinterpret_cast<T (*)(T (*)(T), T, T, int, const T*, ...)>(q)(g, 0, 1, 1, pts, 0));
+    default: return finite(reinterpret_cast<T (*)(T (*)(T), T, T, int, T, T, ...)>(q)(g, 0, 1, 2, T(-0.5), T(0.5), 0));
+    }
+}
+
+template <class T, class F>
+bool zeros(F f) {
+    int* info = nullptr;
+    T* z = f(quadratic<T>, QNUM_NUM_ROOTS, 2, QNUM_INFO, &info, 0);
+    qnum_free_allocated_memory(info);
+    if (z == nullptr) return false;
+    const bool ok = std::abs(std::abs(z[0]) - std::sqrt(T(2))) < 1e-3;
+    qnum_free_allocated_memory(z);
+    return ok;
+}
+
+std::string mps_path() {
+    static std::string path;
+    if (!path.empty()) return path;
+    path = ::testing::TempDir() + "hardening_tiny.mps";
+    std::FILE* f = std::fopen(path.c_str(), "w");
+    auto line = [f](const char* t, const char* a, const char* b, const char* v, const char* c = "",
+                    const char* w = "") { std::fprintf(f, " %-2s %-8s  %-8s  %12s   %-8s  %12s\n", t, a, b, v, c, w); };
+    std::fputs("NAME          TINY\nROWS\n N  COST\n L  LIM1\n G  LIM2\nCOLUMNS\n", f);
+    line("", "X1", "COST", "1.0", "LIM1", "1.0");
+    line("", "X1", "LIM2", "1.0");
+    line("", "X2", "COST", "2.0", "LIM1", "1.0");
+    line("", "X2", "LIM2", "1.0");
+    std::fputs("RHS\n", f);
+    line("", "RHS", "LIM1", "4.0", "LIM2", "1.0");
+    std::fputs("BOUNDS\n", f);
+    line("UP", "BND", "X1", "3.0");
+    std::fputs("ENDATA\n", f);
+    std::fclose(f);
+    return path;
+}
+const Qnum_d_mps* tiny_problem() {
+    static Qnum_d_mps* p = qnum_d_read_mps(mps_path().c_str(), 0);
+    return p;
+}
+template <class T, class F>
+bool lp(F f) {
+    T* x = f(tiny_problem(), 0);
+    if (x == nullptr) return false;
+    const bool ok = std::abs(x[0] - 1) < 1e-5 && std::abs(x[1]) < 1e-5;
+    qnum_free_allocated_memory(x);
+    return ok;
+}
+
+// The kernel's first call (unwatched) finds its arguments; a failed call writes nothing.
+template <auto f>
+bool kernel() {
+    static KernelArgs k;
+    static const bool found = kernel_baseline(f, k);
+    static KernelArgs before;
+    EXPECT_TRUE(found);
+    k.fill(1);
+    std::memcpy(before.arrays, k.arrays, sizeof k.arrays);
+    call_kernel(f, k);
+    if (outcome().type == 0) return true;
+    EXPECT_EQ(std::memcmp(before.arrays, k.arrays, sizeof k.arrays), 0) << "written after an error";
+    return false;
+}
+
+template <class T, class F> bool draw(F f) {
+    T* r = f(5, 0);
+    qnum_free_allocated_memory(r);
+    return r != nullptr;
+}
+
+// ---- the table ----
+enum Where { here, thread, child };  // thread: the state is per thread, made on first use
+struct Case {
+    std::string name;
+    Where where;
+    std::function<bool()> call;
+    std::set<int> codes = {201};
+};
+
+#define F2(stem) qnum_f_##stem, qnum_d_##stem
+const std::vector<Case>& cases() {
+    static const std::vector<Case> table = [] {
+        std::vector<Case> t = {
+            {"qnum_f_lin_sol_gen", here, [] { return solve<float>(qnum_f_lin_sol_gen, 0); }},
+            {"qnum_d_lin_sol_gen", here, [] { return solve<double>(qnum_d_lin_sol_gen, 0); }},
+            {"qnum_c_lin_sol_gen", here, [] { return solve<qnum_f_complex>(qnum_c_lin_sol_gen, 0); }},
+            {"qnum_z_lin_sol_gen", here, [] { return solve<qnum_d_complex>(qnum_z_lin_sol_gen, 0); }},
+            {"qnum_20000", here, [] { return solve<float>(qnum_20000, 0); }},
+            {"qnum_20001", here, [] { return solve<double>(qnum_20001, 0); }},
+            {"qnum_f_lin_sol_posdef", here, [] { return solve<float>(qnum_f_lin_sol_posdef, 1); }, {201, 1035, 1036}},
+            {"qnum_d_lin_sol_posdef", here, [] { return solve<double>(qnum_d_lin_sol_posdef, 1); }, {201, 1035, 1036}},
+            {"qnum_c_lin_sol_posdef", here, [] { return solve<qnum_f_complex>(qnum_c_lin_sol_posdef, 1); }, {201, 1035, 1036}},
+            {"qnum_z_lin_sol_posdef", here, [] { return solve<qnum_d_complex>(qnum_z_lin_sol_posdef, 1); }, {201, 1035, 1036}},
+            {"qnum_f_lin_sol_nonnegdef", here, [] { return solve<float>(qnum_f_lin_sol_nonnegdef, 2); }, {1047, 201}},
+            {"qnum_d_lin_sol_nonnegdef", here, [] { return solve<double>(qnum_d_lin_sol_nonnegdef, 2); }, {1047, 201}},
+            {"qnum_f_m1ran", here, [] { return transpose<float>(qnum_f_m1ran); }, {}},
+            {"qnum_d_m1ran", here, [] { return transpose<double>(qnum_d_m1ran); }, {}},
+            {"qnum_c_m1ran", here, [] { return transpose<qnum_f_complex>(qnum_c_m1ran); }, {}},
+            {"qnum_z_m1ran", here, [] { return transpose<qnum_d_complex>(qnum_z_m1ran); }, {}},
+            {"qnum_d_read_mps", here, [] { Qnum_d_mps* p = qnum_d_read_mps(mps_path().c_str(), 0); qnum_d_mps_free(p); return p != nullptr; }, {200, 201}},
+            {"qnum_f_linear_programming", here, [] { return lp<float>(qnum_f_linear_programming); }},
+            {"qnum_d_linear_programming", here, [] { return lp<double>(qnum_d_linear_programming); }},
+            {"qnum_version", here, [] { char* v = qnum_version(QNUM_LIBRARY_VERSION); qnum_free_allocated_memory(v); return v != nullptr; }},
+            {"qnum_error_options", here, [] { qnum_error_options(QNUM_SET_ERROR_PATH, "/nowhere", 0); return qnum_n1rty(1) == 0; }},
+            {"qnum_umach", thread, [] { FILE* f = nullptr; qnum_umach(3, &f); return f == stderr; }, {200}},
+            {"qnum_ermes", child, [] { qnum_e1psh("probe"); qnum_ermes(3, 1003); qnum_e1pop("probe"); return qnum_n1rty(1) == 3; }, {}},
+            {"qnum_random_option", thread, [] { qnum_random_option(2); return qnum_n1rty(1) == 0; }, {200}},
+            {"qnum_random_seed_set", thread, [] { qnum_random_seed_set(7); return qnum_n1rty(1) == 0; }, {200}},
+            {"qnum_random_seed_get", thread, [] { return qnum_random_seed_get() > 0; }, {200}},
+            {"qnum_rnses", thread, [] { float t[128]; for (float& v : t) v = 0.5f; qnum_rnses(t); return qnum_n1rty(1) == 0; }, {200}},
+            {"qnum_drnses", thread, [] { double t[128]; for (double& v : t) v = 0.5; qnum_drnses(t); return qnum_n1rty(1) == 0; }, {200}},
+            {"qnum_rnun", thread, [] { float r[5]; qnum_rnun(5, r); return qnum_n1rty(1) == 0; }, {200}},
+            {"qnum_drnun", thread, [] { double r[5]; qnum_drnun(5, r); return qnum_n1rty(1) == 0; }, {200}},
+            {"qnum_f_random_uniform", thread, [] { return draw<float>(qnum_f_random_uniform); }, {200, 201}},
+            {"qnum_d_random_uniform", thread, [] { return draw<double>(qnum_d_random_uniform); }, {200, 201}},
+        };
+        auto pair = [&t](const char* stem, Where w, auto ff, auto fd, std::set<int> codes = {201}) {
+            t.push_back({std::string("qnum_f_") + stem, w, ff, codes});
+            t.push_back({std::string("qnum_d_") + stem, w, fd, codes});
+        };
+        pair("cub_spline_interp_e_cnd", here, [] { return spline(qnum_f_cub_spline_interp_e_cnd(6, xs<float>, fs<float>, 0)); },
+             [] { return spline(qnum_d_cub_spline_interp_e_cnd(6, xs<double>, fs<double>, 0)); });
+        pair("cub_spline_interp", here, [] { return spline(qnum_f_cub_spline_interp(6, xs<float>, fs<float>, 0)); },
+             [] { return spline(qnum_d_cub_spline_interp(6, xs<double>, fs<double>, 0)); });
+        pair("cub_spline_interp_shape", here,
+             [] { return spline(qnum_f_cub_spline_interp_shape(6, xs<float>, fs<float>, QNUM_CONCAVE, 0)) &&
+                         spline(qnum_f_cub_spline_interp_shape(6, xs<float>, fs<float>, 0)); },
+             [] { return spline(qnum_d_cub_spline_interp_shape(6, xs<double>, fs<double>, QNUM_CONCAVE, 0)) &&
+                         spline(qnum_d_cub_spline_interp_shape(6, xs<double>, fs<double>, 0)); });
+        pair("cub_spline_smooth", here, [] { return spline(qnum_f_cub_spline_smooth(6, xs<float>, fs<float>, 0)); },
+             [] { return spline(qnum_d_cub_spline_smooth(6, xs<double>, fs<double>, 0)); });
+        static Qnum_f_ppoly* ppf = qnum_f_cub_spline_interp(6, xs<float>, fs<float>, 0);
+        static Qnum_d_ppoly* ppd = qnum_d_cub_spline_interp(6, xs<double>, fs<double>, 0);
+        pair("cub_spline_value", here, [] { return grid<float>(qnum_f_cub_spline_value, ppf); },
+             [] { return grid<double>(qnum_d_cub_spline_value, ppd); });
+        int order[1] = {4}, nbp[1] = {5};
+        pair("ppoly_create", here, [=]() mutable { return spline(qnum_f_ppoly_create(1, 1, order, nbp, 0)); },
+             [=]() mutable { return spline(qnum_d_ppoly_create(1, 1, order, nbp, 0)); }, {202});
+        const char* members[] = {"int_fcn", "int_fcn_inf", "int_fcn_trig", "int_fcn_fourier", "int_fcn_cauchy",
+                                 "int_fcn_sing_pts", "int_fcn_alg_log", "int_fcn_sing"};
+        void* fq[] = {(void*)qnum_f_int_fcn, (void*)qnum_f_int_fcn_inf, (void*)qnum_f_int_fcn_trig, (void*)qnum_f_int_fcn_fourier,
+                      (void*)qnum_f_int_fcn_cauchy, (void*)qnum_f_int_fcn_sing_pts, (void*)qnum_f_int_fcn_alg_log, (void*)qnum_f_int_fcn_sing};
+        void* dq[] = {(void*)qnum_d_int_fcn, (void*)qnum_d_int_fcn_inf, (void*)qnum_d_int_fcn_trig, (void*)qnum_d_int_fcn_fourier,
+                      (void*)qnum_d_int_fcn_cauchy, (void*)qnum_d_int_fcn_sing_pts, (void*)qnum_d_int_fcn_alg_log, (void*)qnum_d_int_fcn_sing};
+        for (int m = 0; m < 8; ++m)  // int_fcn_sing shares the shape of int_fcn
+            pair(members[m], here, [m, q = fq[m]] { return quad<float>(m == 7 ? 0 : m, q); },
+                 [m, q = dq[m]] { return quad<double>(m == 7 ? 0 : m, q); });
+        pair("zeros_fcn", here, [] { return zeros<float>(qnum_f_zeros_fcn); }, [] { return zeros<double>(qnum_d_zeros_fcn); });
+        pair("erf", thread, [] { return finite(qnum_f_erf(0.5f)); }, [] { return finite(qnum_d_erf(0.5)); }, {200});
+        pair("erfc", thread, [] { return finite(qnum_f_erfc(0.5f)); }, [] { return finite(qnum_d_erfc(0.5)); }, {200});
+#define K(f) t.push_back({#f, thread, [] { return kernel<f>(); }});
+        K(qnum_sgemm) K(qnum_dgemm) K(qnum_cgemm) K(qnum_zgemm) K(qnum_20725) K(qnum_20726)
+        K(qnum_ssymm) K(qnum_dsymm) K(qnum_csymm) K(qnum_zsymm) K(qnum_chemm) K(qnum_zhemm)
+        K(qnum_ssyrk) K(qnum_dsyrk) K(qnum_csyrk) K(qnum_zsyrk) K(qnum_cherk) K(qnum_zherk)
+        K(qnum_ssyr2k) K(qnum_dsyr2k) K(qnum_csyr2k) K(qnum_zsyr2k) K(qnum_cher2k) K(qnum_zher2k)
+        K(qnum_strmm) K(qnum_dtrmm) K(qnum_ctrmm) K(qnum_ztrmm) K(qnum_strsm) K(qnum_dtrsm)
+        K(qnum_ctrsm) K(qnum_ztrsm) K(qnum_20743) K(qnum_20744)
+#undef K
+        return t;
+    }();
+    return table;
+}
+
+// Runs the case with its k-th allocation failing; returns what went wrong ("" when all is well)
+// and sets *done when no allocation was left to fail (the call succeeded).
+std::string run_once(const Case& c, long long k, bool* done) {
+    std::string bad;
+    auto body = [&] {
+        std::optional<QuietErrors> quiet;
+        if (c.where != here) quiet.emplace();
+        if (c.where != child) qnum_d_machine(0);  // the thread's catalogue buffer, made unwatched
+        bool ok;
+        long long seen;
+        forget();
+        {
+            AllocWatch watch(k);
+            ok = c.call();
+            seen = watch.count();
+        }
+        const Outcome o = outcome();
+        forget();
+        *done = seen < k;
+        const bool failed_quietly = c.codes.empty();  // routines that work around the failure
+        if (*done || failed_quietly) {
+            if (!ok || (failed_quietly ? o.type >= 4 : o.type != 0))
+                bad = "no failure injected, yet the call failed with code " + std::to_string(o.code);
+        } else if (ok || o.type < 4 || !c.codes.count(o.code)) {
+            bad = "allocation " + std::to_string(k) + " failed: result " + (ok ? "returned" : "withheld") +
+                  ", error " + std::to_string(o.type) + "/" + std::to_string(o.code);
+        }
+        if (!c.call()) bad += " / the next call failed";
+    };
+    const long long live = live_blocks();
+    if (c.where == here) body();
+    else if (c.where == thread) in_thread(body);
+    else {
+        std::string out;
+        const int status = run_in_child([&] {
+            in_thread(body);
+            std::fputs(bad.c_str(), stderr);
+            std::fflush(stderr);
+            _exit(bad.empty() ? (*done ? 3 : 0) : 1);
+        }, &out);
+        *done = status != 0;
+        return status == 0 || status == 3 ? "" : out;
+    }
+    if (live_blocks() != live) bad += " / " + std::to_string(live_blocks() - live) + " blocks leaked";
+    return bad;
+}
+
+TEST(HardeningAlloc, EveryFailurePointEndsCleanly) {
+    QuietErrors quiet;
+    qnum_d_machine(0);  // the thread's catalogue buffer, made unwatched
+    for (const Case& c : cases()) {
+        // An unwatched call first makes the statics of the case and the thread's lasting state.
+        if (c.where == here) EXPECT_TRUE(c.call()) << c.name;
+        else in_thread([&c] { QuietErrors q; EXPECT_TRUE(c.call()) << c.name; });
+        long long k = 1;
+        for (bool done = false; !done && k < 400; ++k) {
+            const std::string bad = run_once(c, k, &done);
+            EXPECT_EQ(bad, "") << c.name << ", allocation " << k;
+        }
+        EXPECT_GT(k, 2) << c.name << " allocated nothing: list it with the routines that do not allocate";
+        std::printf("%-32s %lld failure points\n", c.name.c_str(), k - 2);
+    }
+}
+
+// Every exported routine is either in the table above or known not to allocate.
+std::set<std::string> expand(const std::string& pattern) {
+    const auto open = pattern.find('{');
+    if (open == std::string::npos) return {pattern};
+    const auto close = pattern.find('}', open);
+    std::set<std::string> out;
+    std::string alts = pattern.substr(open + 1, close - open - 1) + ",";
+    for (std::size_t a = 0, b; (b = alts.find(',', a)) != std::string::npos; a = b + 1)
+        for (const auto& s : expand(pattern.substr(0, open) + alts.substr(a, b - a) + pattern.substr(close + 1)))
+            out.insert(s);
+    return out;
+}
+
+const char* const not_allocating[] = {
+    "qnum_{s,d}{dot,axpy,scal,copy,swap,rot,rotm,rotg,rotmg,nrm2,asum}", "qnum_i{s,d,c,z}amax",
+    "qnum_{sdsdot,dsdot,svcal,sxyz,dxyz,iset,icopy,scasum,dzasum,scnrm2,dznrm2,cset,zset,cadd,zadd}",
+    "qnum_{c,z}{axpy,copy,scal,swap,rotg,dotu,dotc}", "qnum_{csscal,zdscal,csrot,zdrot,ccgcg,dccgcg,ccbcb,dccbcb}",
+    "qnum_207{17,18,19,20,21,22,23,24,29,30,31,32,33,34,35,36,37,38,45,46,47,48,49,50}",
+    "qnum_{s,d,c,z}{gemv,trmv,tbmv,tpmv,trsv,tpsv}", "qnum_{s,d}{symv,spmv,spr,spr2,syr,syr2,ger}", "qnum_{c,z}{geru,gerc}",
+    "qnum_{sgbmv,dsgbmv,cgbmv,zgbmv,ssbmv,dssbmv,stbsv,dtbsv,ctbsv,dctbsv}",
+    "qnum_{c,z}{hemv,hbmv,hpmv,her,her2,hpr,hpr2}",
+    "qnum_{e1psh,e1pop,e1mes,e1sti,e1str,e1std,e1stc,e1stz,e1stl,e1pos,e1usr,n1rty,n1rcd,20305}",
+    "qnum_{amach,dmach,f_machine,d_machine,i_machine,ifnan,difnan,tuned_path,skip_signal_handler}",
+    "qnum_{set_at_checksum,free_allocated_memory,d_mps_free,inits,initds,csevl,dcsevl,r9lgmc,d9lgmc}",
+    "qnum_{f,d}_{cub_spline_integral,erf_inverse,erfc_inverse,gamma,log_gamma,beta,log_beta}",
+    "qnum_{f,d}_{gamma_incomplete,beta_incomplete,int_fcn_smooth}", "qnum_{c,z}_erfe",
+};
+
+std::set<std::string> exported() {
+    std::set<std::string> names;
+    std::FILE* p = popen("nm -D --defined-only " QNUM_SHARED_LIBRARY, "r");
+    char line[512], name[400];
+    while (p != nullptr && std::fgets(line, sizeof line, p))
+        if (std::sscanf(line, "%*s %*s %399s", name) == 1 && std::strncmp(name, "qnum_", 5) == 0) names.insert(name);
+    if (p != nullptr) pclose(p);
+    return names;
+}
+
+TEST(HardeningAlloc, TableCoversEveryExportedRoutine) {
+    std::set<std::string> listed;
+    for (const Case& c : cases()) listed.insert(c.name);
+    std::set<std::string> quiet_ones;
+    for (const char* pattern : not_allocating)
+        for (const auto& s : expand(pattern)) quiet_ones.insert(s);
+    const std::set<std::string> names = exported();
+    ASSERT_GT(names.size(), 250u);
+    for (const auto& n : names)
+        EXPECT_TRUE(listed.count(n) + quiet_ones.count(n) == 1) << n << ": allocating or not?";
+    for (const auto& n : listed) EXPECT_TRUE(names.count(n)) << n << " is not exported";
+    for (const auto& n : quiet_ones) EXPECT_TRUE(names.count(n)) << n << " is not exported";
+}
+
+}  // namespace
+}  // namespace qnum::test::hard

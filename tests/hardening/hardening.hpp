@@ -1,0 +1,130 @@
+// Shared by the hardening tests: control of the library's allocations (the wrappers live in
+// alloc_test.cpp), a caller that builds a kernel's arguments from its signature, and small
+// helpers over the precisions.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <type_traits>
+
+#include "qnum_test.hpp"
+
+namespace qnum::test::hard {
+
+// Counts the allocations the calling thread makes while it lives, and fails the fail_at-th
+// (1-based; 0 fails none).
+class AllocWatch {
+public:
+    explicit AllocWatch(long long fail_at = 0);
+    ~AllocWatch();
+    long long count() const;
+};
+// Blocks allocated through the library's malloc family and not yet freed, in all threads.
+long long live_blocks();
+// Requests larger than `bytes` fail in every thread (SIZE_MAX: none do).
+void set_size_cap(std::size_t bytes);
+
+inline void in_thread(const std::function<void()>& fn) { std::thread(fn).join(); }
+
+// Error state of the call made last.
+struct Outcome {
+    int type, code;
+};
+// Routines outside the frame (the kernels, qnum_umach) push no level when they succeed and
+// raise at the caller's level: forget() clears both before a call, and outcome() reads both.
+inline void forget() {
+    qnum_e1mes(0, 0, nullptr);
+    qnum_d_machine(1);
+}
+inline Outcome outcome() {
+    if (int t = qnum_n1rty(0)) return {t, qnum_n1rcd(0)};
+    return {qnum_n1rty(1), qnum_20305()};
+}
+
+// Precision helpers: T is float, double, qnum_f_complex or qnum_d_complex.
+template <class T> struct RealOf { using type = T; };
+template <> struct RealOf<qnum_f_complex> { using type = float; };
+template <> struct RealOf<qnum_d_complex> { using type = double; };
+template <class T> T num(double v) {
+    if constexpr (std::is_arithmetic_v<T>) return static_cast<T>(v);
+    else return T{static_cast<typename RealOf<T>::type>(v), 0};
+}
+template <class T> double re(T v) {
+    if constexpr (std::is_arithmetic_v<T>) return v;
+    else return v.re;
+}
+
+// ---- kernels called from their signatures ----
+// Every int argument (by value or address) takes ints[i] in order, every option string
+// strs[j], every other pointer an array of its own (null with null_arrays) and every scalar
+// by value 1. Arrays are filled with `fill` so that a write shows.
+struct KernelArgs {
+    int ints[20];
+    const char* strs[4] = {"N", "N", "N", "N"};
+    bool null_arrays = false;
+    alignas(64) double arrays[10][256];
+    int n_ints = 0, n_strs = 0;
+    void fill(double v) {
+        for (auto& a : arrays)
+            for (double& x : a) x = v;
+    }
+};
+
+template <class A>
+A kernel_arg(KernelArgs& k, int& ni, int& ns, int& na) {
+    using P = std::remove_cv_t<std::remove_pointer_t<A>>;
+    if constexpr (std::is_same_v<A, int>) {
+        return k.ints[ni++];
+    } else if constexpr (std::is_pointer_v<A> && std::is_same_v<P, int>) {
+        return &k.ints[ni++];
+    } else if constexpr (std::is_same_v<A, const char*>) {
+        return k.strs[ns++];
+    } else if constexpr (std::is_pointer_v<A>) {
+        double* p = k.arrays[na++];
+        return k.null_arrays ? nullptr : reinterpret_cast<A>(p);
+    } else {
+        return A(1);
+    }
+}
+
+template <class R, class... A>
+void call_kernel(R (*f)(A...), KernelArgs& k) {
+    int ni = 0, ns = 0, na = 0;
+    std::tuple<A...> args{kernel_arg<A>(k, ni, ns, na)...};  // braces: left to right
+    k.n_ints = ni;
+    k.n_strs = ns;
+    forget();
+    std::apply(f, args);
+}
+
+// A call of f that raises nothing: option strings from N, U, L and, when ones for every int
+// do not do, some ints 0 (band widths). False when none is found.
+template <class R, class... A>
+bool kernel_baseline(R (*f)(A...), KernelArgs& k) {
+    static const char* const choice[3] = {"N", "U", "L"};
+    call_kernel(f, k);  // learns the counts
+    const int ni = k.n_ints, ns = k.n_strs;
+    int combos = 1;
+    for (int j = 0; j < ns; ++j) combos *= 3;
+    for (int zeros = 0; zeros <= 3; ++zeros) {
+        for (int mask = 0; mask < (1 << ni); ++mask) {
+            if (__builtin_popcount(mask) != zeros) continue;
+            for (int s = 0; s < combos; ++s) {
+                for (int i = 0; i < ni; ++i) k.ints[i] = (mask >> i) & 1 ? 0 : 1;
+                for (int j = 0, c = s; j < ns; ++j, c /= 3) k.strs[j] = choice[c % 3];
+                call_kernel(f, k);
+                if (qnum_n1rty(1) == 0) return true;
+            }
+        }
+    }
+    return false;
+}
+
+}  // namespace qnum::test::hard
