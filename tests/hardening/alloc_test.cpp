@@ -153,26 +153,6 @@ bool zeros(F f) {
     return ok;
 }
 
-std::string mps_path() {
-    static std::string path;
-    if (!path.empty()) return path;
-    path = ::testing::TempDir() + "hardening_tiny.mps";
-    std::FILE* f = std::fopen(path.c_str(), "w");
-    auto line = [f](const char* t, const char* a, const char* b, const char* v, const char* c = "",
-                    const char* w = "") { std::fprintf(f, " %-2s %-8s  %-8s  %12s   %-8s  %12s\n", t, a, b, v, c, w); };
-    std::fputs("NAME          TINY\nROWS\n N  COST\n L  LIM1\n G  LIM2\nCOLUMNS\n", f);
-    line("", "X1", "COST", "1.0", "LIM1", "1.0");
-    line("", "X1", "LIM2", "1.0");
-    line("", "X2", "COST", "2.0", "LIM1", "1.0");
-    line("", "X2", "LIM2", "1.0");
-    std::fputs("RHS\n", f);
-    line("", "RHS", "LIM1", "4.0", "LIM2", "1.0");
-    std::fputs("BOUNDS\n", f);
-    line("UP", "BND", "X1", "3.0");
-    std::fputs("ENDATA\n", f);
-    std::fclose(f);
-    return path;
-}
 const Qnum_d_mps* tiny_problem() {
     static Qnum_d_mps* p = qnum_d_read_mps(mps_path().c_str(), 0);
     return p;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdio>
 #include <cmath>
 #include <cstddef>
 #include <functional>
@@ -31,6 +32,27 @@ long long live_blocks();
 // Requests larger than `bytes` fail in every thread (SIZE_MAX: none do).
 void set_size_cap(std::size_t bytes);
 
+// A small linear programme in an MPS file, written once.
+inline std::string mps_path() {
+    static std::string path;
+    if (!path.empty()) return path;
+    path = ::testing::TempDir() + "hardening_tiny.mps";
+    std::FILE* f = std::fopen(path.c_str(), "w");
+    auto line = [f](const char* t, const char* a, const char* b, const char* v, const char* c = "",
+                    const char* w = "") { std::fprintf(f, " %-2s %-8s  %-8s  %12s   %-8s  %12s\n", t, a, b, v, c, w); };
+    std::fputs("NAME          TINY\nROWS\n N  COST\n L  LIM1\n G  LIM2\nCOLUMNS\n", f);
+    line("", "X1", "COST", "1.0", "LIM1", "1.0");
+    line("", "X1", "LIM2", "1.0");
+    line("", "X2", "COST", "2.0", "LIM1", "1.0");
+    line("", "X2", "LIM2", "1.0");
+    std::fputs("RHS\n", f);
+    line("", "RHS", "LIM1", "4.0", "LIM2", "1.0");
+    std::fputs("BOUNDS\n", f);
+    line("UP", "BND", "X1", "3.0");
+    std::fputs("ENDATA\n", f);
+    std::fclose(f);
+    return path;
+}
 inline void in_thread(const std::function<void()>& fn) { std::thread(fn).join(); }
 
 // Error state of the call made last.
