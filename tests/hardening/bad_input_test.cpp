@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstring>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <unistd.h>
 #include <vector>
@@ -275,6 +274,9 @@ const std::vector<Row>& rows() {
         {"qnum_f_beta_incomplete", special3<float, qnum_f_beta_incomplete>}, {"qnum_d_beta_incomplete", special3<double, qnum_d_beta_incomplete>},
         {"qnum_c_erfe", erfe<qnum_f_complex, qnum_c_erfe>}, {"qnum_z_erfe", erfe<qnum_d_complex, qnum_z_erfe>},
         {"qnum_f_machine", [](const Probe& p) { qnum_f_machine(p.n(1)); return done(); }},
+        {"qnum_d_machine", [](const Probe& p) { qnum_d_machine(p.n(1)); return done(); }},
+        {"qnum_amach", [](const Probe& p) { forget(); qnum_amach(p.n(1)); return outcome().type >= 4 ? nan : 0; }},
+        {"qnum_dmach", [](const Probe& p) { forget(); qnum_dmach(p.n(1)); return outcome().type >= 4 ? nan : 0; }},
         {"qnum_i_machine", [](const Probe& p) { qnum_i_machine(p.n(1)); return done(); }, true, nan, nan, 1},
         {"qnum_version", [](const Probe& p) { char* s = qnum_version(p.n(QNUM_OS_VERSION)); qnum_free_allocated_memory(s); return summary(s, 0); }},
         {"qnum_umach", [](const Probe& p) { FILE* f = nullptr; const int u = p.n(3); qnum_umach(u, p.p(&f)); return summary(f, 0); }},
@@ -332,6 +334,113 @@ TEST(HardeningBadInput, EveryRoutineEndsWithADocumentedOutcome) {
     set_size_cap(SIZE_MAX);
     std::printf("%ld calls of %zu routines with bad input\n", calls, rows().size());
 }
+
+}  // namespace
+}  // namespace qnum::test::hard
+
+namespace qnum::test::hard {
+namespace {
+
+// ---- the kernels, whose arguments are built from their signatures ----
+// From a call that raises nothing, each int argument in turn becomes 0, -1 and INT_MIN
+// (larger values would describe arrays the caller does not have); then every int is 0 and
+// every output array null, which a kernel must not touch. A kernel that reports an error has
+// written nothing, and no kernel allocates.
+template <auto f>
+[[gnu::noinline]] long sweep_kernel(const char* name, std::set<std::string>& swept) {
+    swept.insert(name);
+    current = name;
+    KernelArgs good;
+    if (!kernel_baseline(f, good)) {
+        ADD_FAILURE() << name << ": no call without an error";
+        return 0;
+    }
+    long calls = 0;
+    static KernelArgs k, before;
+    auto run = [&](const char* what, int i, int bad) {
+        k.fill(0.75);
+        std::memcpy(before.arrays, k.arrays, sizeof k.arrays);
+        alarm(60);
+        AllocWatch watch;
+        call_kernel(f, k);
+        alarm(0);
+        ++calls;
+        EXPECT_EQ(watch.count(), 0) << name << " allocates";
+        if (outcome().type != 0 && !k.null_arrays)
+            EXPECT_EQ(std::memcmp(before.arrays, k.arrays, sizeof k.arrays), 0)
+                << name << ": written after error " << outcome().code << " (" << what << " " << i << " = " << bad << ")";
+    };
+    for (int i = 0; i < good.n_ints; ++i)
+        for (int bad : {0, -1, INT_MIN}) {
+            k = good;
+            k.ints[i] = bad;
+            run("int argument", i, bad);
+        }
+    if (good.n_ints == 0) return calls;  // the rotation builders have no size to say "none"
+    k = good;
+    for (int& v : k.ints) v = 0;
+    k.null_arrays = true;
+    run("every size 0 and every output null", 0, 0);
+    return calls;
+}
+
+#define K(f) +sweep_kernel<f>(#f, swept)
+TEST(HardeningBadInput, EveryKernelChecksItsSizesAndTouchesNothingOnError) {
+    QuietErrors quiet;
+    signal(SIGALRM, hung);
+    std::set<std::string> swept;
+    const long calls = 0
+        K(qnum_sdot) K(qnum_ddot) K(qnum_sdsdot) K(qnum_dsdot) K(qnum_saxpy) K(qnum_daxpy) K(qnum_sscal)
+        K(qnum_dscal) K(qnum_scopy) K(qnum_dcopy) K(qnum_sswap) K(qnum_dswap) K(qnum_srot) K(qnum_drot)
+        K(qnum_srotm) K(qnum_drotm) K(qnum_srotg) K(qnum_drotg) K(qnum_srotmg) K(qnum_drotmg) K(qnum_snrm2)
+        K(qnum_dnrm2) K(qnum_sasum) K(qnum_dasum) K(qnum_isamax) K(qnum_idamax) K(qnum_caxpy) K(qnum_zaxpy)
+        K(qnum_ccopy) K(qnum_zcopy) K(qnum_cscal) K(qnum_zscal) K(qnum_csscal) K(qnum_zdscal) K(qnum_cswap)
+        K(qnum_zswap) K(qnum_csrot) K(qnum_zdrot) K(qnum_crotg) K(qnum_zrotg) K(qnum_cdotu) K(qnum_zdotu)
+        K(qnum_cdotc) K(qnum_zdotc) K(qnum_icamax) K(qnum_izamax) K(qnum_scasum) K(qnum_dzasum) K(qnum_scnrm2)
+        K(qnum_dznrm2) K(qnum_20731) K(qnum_20732) K(qnum_iset) K(qnum_20721) K(qnum_20722) K(qnum_20723)
+        K(qnum_20724) K(qnum_20729) K(qnum_20730) K(qnum_20735) K(qnum_20736) K(qnum_20717) K(qnum_20718)
+        K(qnum_20719) K(qnum_20720) K(qnum_20733) K(qnum_20734) K(qnum_svcal) K(qnum_sxyz) K(qnum_dxyz)
+        K(qnum_icopy) K(qnum_cset) K(qnum_zset) K(qnum_cadd) K(qnum_zadd) K(qnum_ccgcg) K(qnum_dccgcg)
+        K(qnum_ccbcb) K(qnum_dccbcb) K(qnum_sgemv) K(qnum_dgemv) K(qnum_cgemv) K(qnum_zgemv) K(qnum_sgbmv)
+        K(qnum_dsgbmv) K(qnum_cgbmv) K(qnum_zgbmv) K(qnum_ssymv) K(qnum_dsymv) K(qnum_chemv) K(qnum_zhemv)
+        K(qnum_20745) K(qnum_20746) K(qnum_ssbmv) K(qnum_dssbmv) K(qnum_chbmv) K(qnum_zhbmv) K(qnum_sspmv)
+        K(qnum_dspmv) K(qnum_chpmv) K(qnum_zhpmv) K(qnum_strmv) K(qnum_dtrmv) K(qnum_ctrmv) K(qnum_ztrmv)
+        K(qnum_stbmv) K(qnum_dtbmv) K(qnum_ctbmv) K(qnum_ztbmv) K(qnum_stpmv) K(qnum_dtpmv) K(qnum_ctpmv)
+        K(qnum_ztpmv) K(qnum_strsv) K(qnum_dtrsv) K(qnum_ctrsv) K(qnum_ztrsv) K(qnum_stbsv) K(qnum_dtbsv)
+        K(qnum_ctbsv) K(qnum_dctbsv) K(qnum_stpsv) K(qnum_dtpsv) K(qnum_ctpsv) K(qnum_ztpsv) K(qnum_sger)
+        K(qnum_dger) K(qnum_cgeru) K(qnum_zgeru) K(qnum_cgerc) K(qnum_zgerc) K(qnum_ssyr) K(qnum_dsyr)
+        K(qnum_20737) K(qnum_20738) K(qnum_cher) K(qnum_zher) K(qnum_20747) K(qnum_20748) K(qnum_sspr)
+        K(qnum_dspr) K(qnum_chpr) K(qnum_zhpr) K(qnum_ssyr2) K(qnum_dsyr2) K(qnum_cher2) K(qnum_zher2)
+        K(qnum_20749) K(qnum_20750) K(qnum_sspr2) K(qnum_dspr2) K(qnum_chpr2) K(qnum_zhpr2) K(qnum_sgemm)
+        K(qnum_dgemm) K(qnum_cgemm) K(qnum_zgemm) K(qnum_ssymm) K(qnum_dsymm) K(qnum_csymm) K(qnum_zsymm)
+        K(qnum_chemm) K(qnum_zhemm) K(qnum_ssyrk) K(qnum_dsyrk) K(qnum_csyrk) K(qnum_zsyrk) K(qnum_cherk)
+        K(qnum_zherk) K(qnum_ssyr2k) K(qnum_dsyr2k) K(qnum_csyr2k) K(qnum_zsyr2k) K(qnum_cher2k) K(qnum_zher2k)
+        K(qnum_strmm) K(qnum_dtrmm) K(qnum_ctrmm) K(qnum_ztrmm) K(qnum_strsm) K(qnum_dtrsm) K(qnum_ctrsm)
+        K(qnum_ztrsm) K(qnum_20725) K(qnum_20726) K(qnum_20743) K(qnum_20744);
+    std::printf("%ld calls of %zu kernels with bad sizes\n", calls, swept.size());
+    // Every routine of the header is swept here or above, or is an error-stack primitive.
+    for (const Row& row : rows()) swept.insert(row.name);
+    for (const char* s : {"qnum_e1psh", "qnum_e1pop", "qnum_ermes", "qnum_e1mes", "qnum_e1sti", "qnum_e1str",
+                          "qnum_e1std", "qnum_e1stc", "qnum_e1stz", "qnum_e1stl", "qnum_n1rty", "qnum_n1rcd",
+                          "qnum_20305", "qnum_e1pos", "qnum_e1usr", "qnum_set_at_checksum", "qnum_skip_signal_handler",
+                          "qnum_free_allocated_memory", "qnum_ifnan", "qnum_difnan", "qnum_tuned_path",
+                          "qnum_random_seed_set", "qnum_random_seed_get", "qnum_d_mps_free", "qnum_rnses", "qnum_drnses",
+                          "qnum_csevl", "qnum_dcsevl"})
+        swept.insert(s);
+    std::ifstream header(QNUM_HEADER);
+    std::string line;
+    int declared = 0;
+    while (std::getline(header, line)) {
+        const auto open = line.find('(');
+        if (line.rfind("QNUM_API ", 0) != 0 || open == std::string::npos) continue;
+        const auto start = line.rfind("qnum_", open);
+        const std::string name = line.substr(start, open - start);
+        ++declared;
+        EXPECT_TRUE(swept.count(name)) << name << " is in the header but not swept";
+    }
+    EXPECT_GT(declared, 250);
+}
+#undef K
 
 }  // namespace
 }  // namespace qnum::test::hard

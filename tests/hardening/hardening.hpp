@@ -85,7 +85,7 @@ template <class T> double re(T v) {
 
 // ---- kernels called from their signatures ----
 // Every int argument (by value or address) takes ints[i] in order, every option string
-// strs[j], every other pointer an array of its own (null with null_arrays) and every scalar
+// strs[j], every other pointer an array of its own (outputs null with null_arrays) and every scalar
 // by value 1. Arrays are filled with `fill` so that a write shows.
 struct KernelArgs {
     int ints[20];
@@ -110,7 +110,8 @@ A kernel_arg(KernelArgs& k, int& ni, int& ns, int& na) {
         return k.strs[ns++];
     } else if constexpr (std::is_pointer_v<A>) {
         double* p = k.arrays[na++];
-        return k.null_arrays ? nullptr : reinterpret_cast<A>(p);
+        // Only outputs are nulled: the scalars by address must be there whatever the sizes.
+        return k.null_arrays && !std::is_const_v<std::remove_pointer_t<A>> ? nullptr : reinterpret_cast<A>(p);
     } else {
         return A(1);
     }
@@ -135,7 +136,7 @@ bool kernel_baseline(R (*f)(A...), KernelArgs& k) {
     const int ni = k.n_ints, ns = k.n_strs;
     int combos = 1;
     for (int j = 0; j < ns; ++j) combos *= 3;
-    for (int zeros = 0; zeros <= 3; ++zeros) {
+    for (int zeros = 0; zeros <= 4; ++zeros) {
         for (int mask = 0; mask < (1 << ni); ++mask) {
             if (__builtin_popcount(mask) != zeros) continue;
             for (int s = 0; s < combos; ++s) {
