@@ -23,66 +23,37 @@ void hung(int) {
     _exit(124);
 }
 
-// One variant of a call. The row's body asks it for each size, pointer and value in turn;
-// the one the probe picks (counting from 1) comes back bad.
-struct Probe {
-    enum Kind { none, size, null, value } kind = none;
-    int which = 0;
-    double bad = 0;
-    mutable int sizes = 0, ptrs = 0, values = 0;
-    int n(int good) const { return ++sizes == which && kind == size ? static_cast<int>(bad) : good; }
-    // A size that the caller's arrays must match: probed with 0 and negatives only.
-    int small(int good) const {
-        if (kind == none) small_mask |= 1u << sizes;
-        return kind == size && bad > 0 ? (++sizes, good) : n(good);
-    }
-    mutable unsigned small_mask = 0;
-    // Rows that make several calls note each one's outcome: the worst one counts.
-    mutable Outcome worst{0, 0};
-    void after() const {
-        const Outcome o = outcome();
-        if (o.type > worst.type) worst = o;
-    }
-    template <class P> P* p(P* good) const { return ++ptrs == which && kind == null ? nullptr : good; }
-    template <class T> T v(T good) const { return ++values == which && kind == value ? T(bad) : good; }
-};
-
-constexpr double nan = NAN, inf = INFINITY;
-struct Row {
-    std::string name;
-    std::function<double(const Probe&)> call;  // NaN for a NaN or NULL result
-    bool huge = true;          // sizes beyond any array are probed: the size is checked or allocated first
-    double at_inf = nan, at_minus_inf = nan;  // the true limits, when the routine has them
-    unsigned counts = 0;       // sizes (bit which-1) for which any value >= 0 is valid input
-};
-
 template <class T> T sq(T x) { return x * x; }
 template <class T> T decay(T x) { return std::exp(-x); }
-template <class T> T* xs() { static T x[6] = {0, 0.5, 1, 1.5, 2, 2.5}; return x; }
-template <class T> T* fs() { static T f[6] = {0, 0.25, 1, 2.25, 4, 6.25}; return f; }
+template <class T> T* xs() { static T x[6] = {1, 0, 0.5, 1.5, 2, 2.5}; return x; }  // unsorted
+template <class T> T* fs() { static T f[6] = {1, 0, 0.25, 2.25, 4, 6.25}; return f; }
 template <class P> double summary(P* p, double v) { return p == nullptr ? nan : v; }
 // What a routine without a result answers: nothing after a failure.
 double done() { return qnum_n1rty(1) >= 4 || qnum_n1rty(0) >= 4 ? nan : 0; }
 
-template <class T, auto fn>
+// The solvers with a factor and an inverse handed back: after a failure none of them is.
+template <class T, auto fn, int kind = 0>  // kind 0 general (pivots too), 1 definite
 double solve(const Probe& p) {
-    T a[9], b[3];
+    T a[9], b[3], *fac = nullptr, *inv = nullptr;
+    int* pvt = nullptr;
     for (int i = 0; i < 9; ++i) a[i] = num<T>(i % 4 == 0 ? 4 : 1);
     for (int i = 0; i < 3; ++i) b[i] = num<T>(1);
     a[4] = num<T>(p.v(4.0));
     const int n = p.n(3);
-    T* pa = p.p(a);
-    T* x = fn(n, pa, p.p(b), 0);
+    T *pa = p.p(a), *pb = p.p(b), **pf = p.p(&fac), **pi = p.p(&inv);
+    T* x = kind == 0 ? fn(n, pa, pb, QNUM_FACTOR, p.p(&pvt), pf, QNUM_INVERSE, pi, 0)
+                     : fn(n, pa, pb, QNUM_FACTOR, pf, QNUM_INVERSE, pi, 0);
+    if (x == nullptr) EXPECT_TRUE(!fac && !inv && !pvt) << "results handed back after a failure";
     const double r = summary(x, x ? re(x[0]) : 0);
-    qnum_free_allocated_memory(x);
+    for (void* q : {(void*)x, (void*)fac, (void*)inv, (void*)pvt}) qnum_free_allocated_memory(q);
     return r;
 }
 template <class T, auto fn>
 double transpose(const Probe& p) {
-    T a[6] = {}, b[6] = {};
+    T a[6] = {};
     const int rows = p.small(2), cols = p.small(3);
     T* pa = p.p(a);
-    fn(rows, cols, pa, p.p(b));
+    fn(rows, cols, pa, p.p(a));  // in place: through a copy when there is memory for one
     return done();
 }
 template <class T, auto fn>
@@ -224,39 +195,49 @@ double draw_into(const Probe& p) {
     return p.worst.type >= 4 ? nan : r[0];
 }
 
-#define PD(stem, ...) {"qnum_f_" #stem, __VA_ARGS__<float, qnum_f_##stem>}, {"qnum_d_" #stem, __VA_ARGS__<double, qnum_d_##stem>}
+}  // namespace
+
+#define PD(stem, ...) {"qnum_f_" #stem, __VA_ARGS__<float, qnum_f_##stem>, true, nan, nan, 0, {201}}, \
+    {"qnum_d_" #stem, __VA_ARGS__<double, qnum_d_##stem>, true, nan, nan, 0, {201}}
 const std::vector<Row>& rows() {
     static const std::vector<Row> t = {
-        PD(lin_sol_gen, solve), PD(lin_sol_posdef, solve), PD(lin_sol_nonnegdef, solve),
-        {"qnum_c_lin_sol_gen", solve<qnum_f_complex, qnum_c_lin_sol_gen>},
-        {"qnum_z_lin_sol_gen", solve<qnum_d_complex, qnum_z_lin_sol_gen>},
-        {"qnum_c_lin_sol_posdef", solve<qnum_f_complex, qnum_c_lin_sol_posdef>},
-        {"qnum_z_lin_sol_posdef", solve<qnum_d_complex, qnum_z_lin_sol_posdef>},
-        {"qnum_20000", solve<float, qnum_20000>}, {"qnum_20001", solve<double, qnum_20001>},
-        {"qnum_f_m1ran", transpose<float, qnum_f_m1ran>, false}, {"qnum_d_m1ran", transpose<double, qnum_d_m1ran>, false},
-        {"qnum_c_m1ran", transpose<qnum_f_complex, qnum_c_m1ran>, false},
-        {"qnum_z_m1ran", transpose<qnum_d_complex, qnum_z_m1ran>, false},
+        {"qnum_f_lin_sol_gen", solve<float, qnum_f_lin_sol_gen>, true, nan, nan, 0, {201}},
+        {"qnum_d_lin_sol_gen", solve<double, qnum_d_lin_sol_gen>, true, nan, nan, 0, {201}},
+        {"qnum_f_lin_sol_posdef", solve<float, qnum_f_lin_sol_posdef, 1>, true, nan, nan, 0, {201, 1035, 1036}},
+        {"qnum_d_lin_sol_posdef", solve<double, qnum_d_lin_sol_posdef, 1>, true, nan, nan, 0, {201, 1035, 1036}},
+        {"qnum_f_lin_sol_nonnegdef", solve<float, qnum_f_lin_sol_nonnegdef, 1>, true, nan, nan, 0, {201, 1047}},
+        {"qnum_d_lin_sol_nonnegdef", solve<double, qnum_d_lin_sol_nonnegdef, 1>, true, nan, nan, 0, {201, 1047}},
+        {"qnum_c_lin_sol_gen", solve<qnum_f_complex, qnum_c_lin_sol_gen>, true, nan, nan, 0, {201}},
+        {"qnum_z_lin_sol_gen", solve<qnum_d_complex, qnum_z_lin_sol_gen>, true, nan, nan, 0, {201}},
+        {"qnum_c_lin_sol_posdef", solve<qnum_f_complex, qnum_c_lin_sol_posdef, 1>, true, nan, nan, 0, {201, 1035, 1036}},
+        {"qnum_z_lin_sol_posdef", solve<qnum_d_complex, qnum_z_lin_sol_posdef, 1>, true, nan, nan, 0, {201, 1035, 1036}},
+        {"qnum_20000", solve<float, qnum_20000>, true, nan, nan, 0, {201}},
+        {"qnum_20001", solve<double, qnum_20001>, true, nan, nan, 0, {201}},
+        {"qnum_f_m1ran", transpose<float, qnum_f_m1ran>, false, nan, nan, 0, {0}}, {"qnum_d_m1ran", transpose<double, qnum_d_m1ran>, false, nan, nan, 0, {0}},
+        {"qnum_c_m1ran", transpose<qnum_f_complex, qnum_c_m1ran>, false, nan, nan, 0, {0}},
+        {"qnum_z_m1ran", transpose<qnum_d_complex, qnum_z_m1ran>, false, nan, nan, 0, {0}},
         PD(cub_spline_interp_e_cnd, build), PD(cub_spline_interp, build), PD(cub_spline_interp_shape, build),
         PD(cub_spline_smooth, build),
-        {"qnum_f_ppoly_create", create<float, qnum_f_ppoly_create>, true, nan, nan, 2},
-        {"qnum_d_ppoly_create", create<double, qnum_d_ppoly_create>, true, nan, nan, 2},
+        {"qnum_f_ppoly_create", create<float, qnum_f_ppoly_create>, true, nan, nan, 2, {202}},
+        {"qnum_d_ppoly_create", create<double, qnum_d_ppoly_create>, true, nan, nan, 2, {202}},
 #define EV(p, T, P, what) evaluate<T, P, qnum_##p##_cub_spline_interp, qnum_##p##_cub_spline_value, qnum_##p##_cub_spline_integral, what>
         {"qnum_f_cub_spline_value", EV(f, float, Qnum_f_ppoly, 0), true, inf, inf, 1},
         {"qnum_d_cub_spline_value", EV(d, double, Qnum_d_ppoly, 0), true, inf, inf, 1},
-        {"qnum_f_cub_spline_value", EV(f, float, Qnum_f_ppoly, 1)}, {"qnum_d_cub_spline_value", EV(d, double, Qnum_d_ppoly, 1)},
+        {"qnum_f_cub_spline_value", EV(f, float, Qnum_f_ppoly, 1), true, nan, nan, 0, {201}},
+        {"qnum_d_cub_spline_value", EV(d, double, Qnum_d_ppoly, 1), true, nan, nan, 0, {201}},
         {"qnum_f_cub_spline_integral", EV(f, float, Qnum_f_ppoly, 2)}, {"qnum_d_cub_spline_integral", EV(d, double, Qnum_d_ppoly, 2)},
-        {"qnum_f_int_fcn", quad<float, 0, qnum_f_int_fcn>, true, nan, nan, 1}, {"qnum_d_int_fcn", quad<double, 0, qnum_d_int_fcn>, true, nan, nan, 1},
-        {"qnum_f_int_fcn_sing", quad<float, 0, qnum_f_int_fcn_sing>, true, nan, nan, 1}, {"qnum_d_int_fcn_sing", quad<double, 0, qnum_d_int_fcn_sing>, true, nan, nan, 1},
+        {"qnum_f_int_fcn", quad<float, 0, qnum_f_int_fcn>, true, nan, nan, 1, {201}}, {"qnum_d_int_fcn", quad<double, 0, qnum_d_int_fcn>, true, nan, nan, 1, {201}},
+        {"qnum_f_int_fcn_sing", quad<float, 0, qnum_f_int_fcn_sing>, true, nan, nan, 1, {201}}, {"qnum_d_int_fcn_sing", quad<double, 0, qnum_d_int_fcn_sing>, true, nan, nan, 1, {201}},
         {"qnum_f_int_fcn_smooth", quad<float, 7, qnum_f_int_fcn_smooth>}, {"qnum_d_int_fcn_smooth", quad<double, 7, qnum_d_int_fcn_smooth>},
-        {"qnum_f_int_fcn_inf", quad<float, 1, qnum_f_int_fcn_inf>, true, 0, nan, 1}, {"qnum_d_int_fcn_inf", quad<double, 1, qnum_d_int_fcn_inf>, true, 0, nan, 1},
-        {"qnum_f_int_fcn_trig", quad<float, 2, qnum_f_int_fcn_trig>, true, nan, nan, 1}, {"qnum_d_int_fcn_trig", quad<double, 2, qnum_d_int_fcn_trig>, true, nan, nan, 1},
-        {"qnum_f_int_fcn_fourier", quad<float, 3, qnum_f_int_fcn_fourier>}, {"qnum_d_int_fcn_fourier", quad<double, 3, qnum_d_int_fcn_fourier>},
-        {"qnum_f_int_fcn_cauchy", quad<float, 4, qnum_f_int_fcn_cauchy>, true, 0, 0, 1}, {"qnum_d_int_fcn_cauchy", quad<double, 4, qnum_d_int_fcn_cauchy>, true, 0, 0, 1},
-        {"qnum_f_int_fcn_sing_pts", quad<float, 5, qnum_f_int_fcn_sing_pts>, true, nan, nan, 3},
-        {"qnum_d_int_fcn_sing_pts", quad<double, 5, qnum_d_int_fcn_sing_pts>, true, nan, nan, 3},
-        {"qnum_f_int_fcn_alg_log", quad<float, 6, qnum_f_int_fcn_alg_log>, true, nan, nan, 1}, {"qnum_d_int_fcn_alg_log", quad<double, 6, qnum_d_int_fcn_alg_log>, true, nan, nan, 1},
-        {"qnum_f_zeros_fcn", zeros<float, qnum_f_zeros_fcn>, true, nan, nan, 2}, {"qnum_d_zeros_fcn", zeros<double, qnum_d_zeros_fcn>, true, nan, nan, 2}, {"qnum_f_linear_programming", lp<float, qnum_f_linear_programming>, true, 0, 0},
-        {"qnum_d_linear_programming", lp<double, qnum_d_linear_programming>, true, 0, 0},
+        {"qnum_f_int_fcn_inf", quad<float, 1, qnum_f_int_fcn_inf>, true, 0, nan, 1, {201}}, {"qnum_d_int_fcn_inf", quad<double, 1, qnum_d_int_fcn_inf>, true, 0, nan, 1, {201}},
+        {"qnum_f_int_fcn_trig", quad<float, 2, qnum_f_int_fcn_trig>, true, nan, nan, 1, {201}}, {"qnum_d_int_fcn_trig", quad<double, 2, qnum_d_int_fcn_trig>, true, nan, nan, 1, {201}},
+        {"qnum_f_int_fcn_fourier", quad<float, 3, qnum_f_int_fcn_fourier>, true, nan, nan, 0, {201}}, {"qnum_d_int_fcn_fourier", quad<double, 3, qnum_d_int_fcn_fourier>, true, nan, nan, 0, {201}},
+        {"qnum_f_int_fcn_cauchy", quad<float, 4, qnum_f_int_fcn_cauchy>, true, 0, 0, 1, {201}}, {"qnum_d_int_fcn_cauchy", quad<double, 4, qnum_d_int_fcn_cauchy>, true, 0, 0, 1, {201}},
+        {"qnum_f_int_fcn_sing_pts", quad<float, 5, qnum_f_int_fcn_sing_pts>, true, nan, nan, 3, {201}},
+        {"qnum_d_int_fcn_sing_pts", quad<double, 5, qnum_d_int_fcn_sing_pts>, true, nan, nan, 3, {201}},
+        {"qnum_f_int_fcn_alg_log", quad<float, 6, qnum_f_int_fcn_alg_log>, true, nan, nan, 1, {201}}, {"qnum_d_int_fcn_alg_log", quad<double, 6, qnum_d_int_fcn_alg_log>, true, nan, nan, 1, {201}},
+        {"qnum_f_zeros_fcn", zeros<float, qnum_f_zeros_fcn>, true, nan, nan, 2, {201}}, {"qnum_d_zeros_fcn", zeros<double, qnum_d_zeros_fcn>, true, nan, nan, 2, {201}}, {"qnum_f_linear_programming", lp<float, qnum_f_linear_programming>, true, 0, 0, 0, {201}},
+        {"qnum_d_linear_programming", lp<double, qnum_d_linear_programming>, true, 0, 0, 0, {201}},
         {"qnum_f_random_uniform", draw<float, qnum_f_random_uniform>, true, nan, nan, 1},
         {"qnum_d_random_uniform", draw<double, qnum_d_random_uniform>, true, nan, nan, 1},
         {"qnum_rnun", draw_into<float, qnum_rnun, qnum_rnses>, false}, {"qnum_drnun", draw_into<double, qnum_drnun, qnum_drnses>, false},
@@ -278,14 +259,16 @@ const std::vector<Row>& rows() {
         {"qnum_amach", [](const Probe& p) { forget(); qnum_amach(p.n(1)); return outcome().type >= 4 ? nan : 0; }},
         {"qnum_dmach", [](const Probe& p) { forget(); qnum_dmach(p.n(1)); return outcome().type >= 4 ? nan : 0; }},
         {"qnum_i_machine", [](const Probe& p) { qnum_i_machine(p.n(1)); return done(); }, true, nan, nan, 1},
-        {"qnum_version", [](const Probe& p) { char* s = qnum_version(p.n(QNUM_OS_VERSION)); qnum_free_allocated_memory(s); return summary(s, 0); }},
+        {"qnum_version", [](const Probe& p) { char* s = qnum_version(p.n(QNUM_OS_VERSION)); qnum_free_allocated_memory(s); return summary(s, 0); }, true, nan, nan, 0, {201}},
         {"qnum_umach", [](const Probe& p) { FILE* f = nullptr; const int u = p.n(3); qnum_umach(u, p.p(&f)); return summary(f, 0); }},
         {"qnum_random_option", [](const Probe& p) { qnum_random_option(p.n(1)); return done(); }},
         {"qnum_error_options", [](const Probe& p) { int v = -1; const int t = p.n(3); qnum_error_options(QNUM_GET_PRINT, t, p.p(&v), 0); return v == -1 ? nan : v; }},
-        {"qnum_d_read_mps", [](const Probe& p) { Qnum_d_mps* m = qnum_d_read_mps(p.p(mps_path().c_str()), 0); qnum_d_mps_free(m); return summary(m, 0); }},
+        {"qnum_d_read_mps", [](const Probe& p) { Qnum_d_mps* m = qnum_d_read_mps(p.p(mps_path().c_str()), 0); qnum_d_mps_free(m); return summary(m, 0); }, true, nan, nan, 0, {200, 201}},
     };
     return t;
 }
+
+namespace {
 
 // The trouble with one outcome, or "".
 std::string judge(const Row& row, const Probe& p, double r, Outcome o) {

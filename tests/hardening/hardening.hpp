@@ -10,10 +10,12 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
+#include <set>
 #include <string>
 #include <thread>
 #include <tuple>
 #include <type_traits>
+#include <vector>
 
 #include "qnum_test.hpp"
 
@@ -83,12 +85,49 @@ template <class T> double re(T v) {
     else return v.re;
 }
 
+// One variant of a call. The row's body asks it for each size, pointer and value in turn;
+// the one the probe picks (counting from 1) comes back bad.
+struct Probe {
+    enum Kind { none, size, null, value } kind = none;
+    int which = 0;
+    double bad = 0;
+    mutable int sizes = 0, ptrs = 0, values = 0;
+    int n(int good) const { return ++sizes == which && kind == size ? static_cast<int>(bad) : good; }
+    // A size that the caller's arrays must match: probed with 0 and negatives only.
+    int small(int good) const {
+        if (kind == none) small_mask |= 1u << sizes;
+        return kind == size && bad > 0 ? (++sizes, good) : n(good);
+    }
+    mutable unsigned small_mask = 0;
+    // Rows that make several calls note each one's outcome: the worst one counts.
+    mutable Outcome worst{0, 0};
+    void after() const {
+        const Outcome o = outcome();
+        if (o.type > worst.type) worst = o;
+    }
+    template <class P> P* p(P* good) const { return ++ptrs == which && kind == null ? nullptr : good; }
+    template <class T> T v(T good) const { return ++values == which && kind == value ? T(bad) : good; }
+};
+
+constexpr double nan = NAN, inf = INFINITY;
+struct Row {
+    std::string name;
+    std::function<double(const Probe&)> call;  // NaN for a NaN or NULL result
+    bool huge = true;          // sizes beyond any array are probed: the size is checked or allocated first
+    double at_inf = nan, at_minus_inf = nan;  // the true limits, when the routine has them
+    unsigned counts = 0;       // sizes (bit which-1) for which any value >= 0 is valid input
+    std::set<int> oom = {};    // allocates per call: the codes of a failed allocation ({0}: it copes)
+};
+// The public routines other than the kernels, one representative call each (bad_input_test.cpp).
+const std::vector<Row>& rows();
+
+
 // ---- kernels called from their signatures ----
 // Every int argument (by value or address) takes ints[i] in order, every option string
 // strs[j], every other pointer an array of its own (outputs null with null_arrays) and every scalar
 // by value 1. Arrays are filled with `fill` so that a write shows.
 struct KernelArgs {
-    int ints[20];
+    int ints[20] = {};  // all 0 at first: a call that learns the counts touches nothing
     const char* strs[4] = {"N", "N", "N", "N"};
     bool null_arrays = false;
     alignas(64) double arrays[10][256];
