@@ -197,8 +197,8 @@ double draw_into(const Probe& p) {
 
 }  // namespace
 
-#define PD(stem, ...) {"qnum_f_" #stem, __VA_ARGS__<float, qnum_f_##stem>, true, nan, nan, 0, {201}}, \
-    {"qnum_d_" #stem, __VA_ARGS__<double, qnum_d_##stem>, true, nan, nan, 0, {201}}
+#define PD(stem, ...) {"qnum_f_" #stem, __VA_ARGS__<float, qnum_f_##stem>, false, nan, nan, 0, {201}}, \
+    {"qnum_d_" #stem, __VA_ARGS__<double, qnum_d_##stem>, false, nan, nan, 0, {201}}
 const std::vector<Row>& rows() {
     static const std::vector<Row> t = {
         {"qnum_f_lin_sol_gen", solve<float, qnum_f_lin_sol_gen>, true, nan, nan, 0, {201}},
