@@ -260,7 +260,13 @@ const std::vector<Row>& rows() {
         {"qnum_dmach", [](const Probe& p) { forget(); qnum_dmach(p.n(1)); return outcome().type >= 4 ? nan : 0; }},
         {"qnum_i_machine", [](const Probe& p) { qnum_i_machine(p.n(1)); return done(); }, true, nan, nan, 1},
         {"qnum_version", [](const Probe& p) { char* s = qnum_version(p.n(QNUM_OS_VERSION)); qnum_free_allocated_memory(s); return summary(s, 0); }, true, nan, nan, 0, {201}},
-        {"qnum_umach", [](const Probe& p) { FILE* f = nullptr; const int u = p.n(3); qnum_umach(u, p.p(&f)); return summary(f, 0); }},
+        {"qnum_umach", [](const Probe& p) {
+             FILE* f = nullptr;
+             const int u = p.n(3);
+             if (u == INT_MIN) return nan;  // the unit check negates it: undefined, left to the frame
+             qnum_umach(u, p.p(&f));
+             return summary(f, 0);
+         }},
         {"qnum_random_option", [](const Probe& p) { qnum_random_option(p.n(1)); return done(); }},
         {"qnum_error_options", [](const Probe& p) { int v = -1; const int t = p.n(3); qnum_error_options(QNUM_GET_PRINT, t, p.p(&v), 0); return v == -1 ? nan : v; }},
         {"qnum_d_read_mps", [](const Probe& p) { Qnum_d_mps* m = qnum_d_read_mps(p.p(mps_path().c_str()), 0); qnum_d_mps_free(m); return summary(m, 0); }, true, nan, nan, 0, {200, 201}},
