@@ -41,6 +41,10 @@ inline void axpy_to_col(idx len, T a, const T* v, idx inc, T* col) {
 template <class T>
 inline void scale_y(int len, T beta, T* y, int inc) {
     if (beta == T(1)) return;
+    if (inc == -2147483647 - 1) {  // |inc| is no int: walk with a wider step
+        for (idx i = 0, p = 0; i < len; ++i, p -= static_cast<idx>(inc)) y[p] = beta == T(0) ? T(0) : y[p] * beta;
+        return;
+    }
     const int step = inc < 0 ? -inc : inc;
     if (beta == T(0)) {
         fill(len, T(0), y, step);

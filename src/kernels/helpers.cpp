@@ -18,14 +18,14 @@ void fill(int n, T a, T* x, int inc) {
         for (int i = 0; i < n; ++i) x[i] = a;
         return;
     }
-    const idx step = std::abs(inc);
+    const idx step = inc < 0 ? -static_cast<idx>(inc) : inc;  // INT_MIN has no int negation
     for (idx i = 0, p = 0; i < n; ++i, p += step) x[p] = a;
 }
 
 template <class T>
 void add(int n, T a, T* x, int inc) {
     if (n < 1) return;
-    const idx step = std::abs(inc);
+    const idx step = inc < 0 ? -static_cast<idx>(inc) : inc;  // INT_MIN has no int negation
     for (idx i = 0, p = 0; i < n; ++i, p += step) x[p] += a;
 }
 

@@ -85,6 +85,7 @@ void m1ran(int rows, int cols, const T* a, T* b) {
         frame::raise(frame::Type::Terminal, err::transpose_columns, frame::Int{cols});
         return;
     }
+    if (!check::array(a, "a") || !check::array(b, "b")) return;
     const std::size_t r = static_cast<std::size_t>(rows), c = static_cast<std::size_t>(cols);
     if (a != b) {
         transpose_copy(r, c, a, b);

@@ -338,7 +338,9 @@ RuleOut<T> oscillatory_rule(Integrand<T>& f, T a, T b, T omega, int weight, int 
 
 template <class T>
 Outcome<T> step_qawc(Integrand<T>& f, T a, T b, T c, Tol<T> tol, Lists<T>& w) {
-    const T aa = std::min(a, b), bb = std::max(a, b);
+    // Ordered by one comparison, so that a NaN end stays in the interval (and makes the
+    // result NaN) instead of collapsing it to a point whose integral is 0.
+    const T aa = a < b ? a : b, bb = a < b ? b : a;
     Outcome<T> out;
     const RuleOut<T> r = cauchy_rule(f, aa, bb, c);
     w.alist[0] = aa;

@@ -165,6 +165,9 @@ T* zeros_fcn(T (*fcn)(T), frame::Options opt) {
     if (f.with_data == nullptr) check::array(reinterpret_cast<const void*>(fcn), "fcn");
     check::positive(s.num_roots, "num_roots");
     check::positive(s.itmax, "itmax");
+    // A zero that does not converge counts itmax + 1 evaluations, which must fit in an int;
+    // one evaluation fewer out of 2^31 changes nothing anyone can wait for.
+    if (s.itmax == 2147483647) s.itmax = 2147483646;
     if (frame::pending()) return nullptr;
 
     // A few guesses and counts live on the stack: most calls ask for one zero, and two heap
