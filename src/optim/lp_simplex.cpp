@@ -570,7 +570,10 @@ LpStatus Simplex::dual_phase1() {
 void Simplex::crash_free_columns() {
     const int n = a_.n;
     Vec<char> touched;
-    if (!touched.assign(a_.m, 0)) return;
+    if (!touched.assign(a_.m, 0)) {
+        no_memory_ = true;
+        return;
+    }
     for (int j = 0; j < n; ++j) {
         if (lo_[j] > -kInf || up_[j] < kInf) continue;
         double cmax = 0;
@@ -632,6 +635,7 @@ LpStatus Simplex::run(const int* state, const SimplexSettings& settings) {
             pos_[n + i] = i;
         }
         crash_free_columns();
+        if (no_memory_) return LpStatus::NoMemory;
     }
     for (int j = 0; j < nm; ++j)
         if (state_[j] != kBasic) nonbasic_value(j);

@@ -263,7 +263,6 @@ const std::vector<Row>& rows() {
         {"qnum_umach", [](const Probe& p) {
              FILE* f = nullptr;
              const int u = p.n(3);
-             if (u == INT_MIN) return nan;  // the unit check negates it: undefined, left to the frame
              qnum_umach(u, p.p(&f));
              return summary(f, 0);
          }},
