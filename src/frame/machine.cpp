@@ -75,8 +75,7 @@ int integer(int i) {
 }
 
 void umach(int n, std::FILE** p) {
-    int unit = n < 0 ? -n : n;
-    if (unit < 1 || unit > 3) {
+    if (n < -3 || n > 3 || n == 0) {
         frame::raise(frame::Type::Terminal, err::bad_unit_number, frame::Int{n});
         return;
     }
@@ -84,6 +83,7 @@ void umach(int n, std::FILE** p) {
         frame::raise(frame::Type::Terminal, err::missing_array, frame::Str{"p"});
         return;
     }
+    const int unit = n < 0 ? -n : n;
     std::FILE** units = stream_units();
     if (units == nullptr) {
         frame::raise(frame::Type::Terminal, err::out_of_memory);
