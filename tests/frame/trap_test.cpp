@@ -62,6 +62,14 @@ TEST(Trap, TrapsAgainAfterAFirstFaultAndTheStackUnwinds) {
         }
         EXPECT_EQ(quiet_routine(), 7);
         EXPECT_EQ(qnum_n1rty(1), 0);
+        // Reported at the pop instead of at once, the error carried out of the abandoned
+        // levels names the routine that raised it, the one that faulted.
+        static std::string routine;
+        qnum_error_options(QNUM_SET_PRINT, 5, 1, QNUM_ERROR_PRINT_PROC,
+                           +[](int, int code, const char* name, const char*) { routine += name + std::to_string(code); }, 0);
+        qnum::context()->immediate[5] = 0;
+        faulting_routine();
+        EXPECT_EQ(routine, "l_faulty_step102");
         std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
     }, &out);
     EXPECT_EQ(status, 0) << out;
