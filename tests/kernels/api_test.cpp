@@ -573,8 +573,8 @@ TEST(KernelErrors201, NoWorkspaceIsTerminal201) {
 }
 
 // Kernels share no state: threads computing at once (products that need the packing
-// workspace included) get the single-threaded results bit for bit, and each thread sees
-// only its own errors.
+// workspace and a team included) get the single-threaded results bit for bit, and each
+// thread sees only its own errors.
 TEST(KernelThreads, ConcurrentCallsAgreeWithSerialOnes) {
     qnum_skip_signal_handler();
     const int n = 150;

@@ -195,34 +195,6 @@ bool product_is_right() {
     return same_bits(c, want);
 }
 
-// Several caller threads at once (trapping off, as the library requires), each with
-// products large enough for a team: every answer equals the one-thread answer.
-TEST(ThreadsConcurrent, CallersInSeveralThreadsGetOneThreadAnswers) {
-    qnum_error_options(QNUM_SIGNAL_TRAPPING, 0, 0);
-    const int n = 150;
-    const double one = 1, zero = 0;
-    std::vector<std::vector<double>> a(4), want(4);
-    for (int t = 0; t < 4; ++t) {
-        a[t] = random_values<double>(n * n, 20 + t), want[t] = a[t];
-        ThreadCount single(1);
-        kern::gemm('N', 'T', n, n, n, 1.0, a[t].data(), n, a[t].data(), n, 0.0, want[t].data(), n);
-    }
-    ThreadCount count(2);
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> pool;
-    for (int t = 0; t < 4; ++t)
-        pool.emplace_back([&, t] {
-            std::vector<double> c(n * n);
-            for (int r = 0; r < 3; ++r) {
-                qnum_dgemm("N", 1, "T", 1, &n, &n, &n, &one, a[t].data(), &n, a[t].data(), &n, &zero, c.data(), &n);
-                wrong += !same_bits(c, want[t]);
-            }
-        });
-    for (auto& th : pool) th.join();
-    qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
-    EXPECT_EQ(wrong.load(), 0);
-}
-
 TEST(ThreadsFork, AChildForkedAfterATeamRanCanStillCallTheLibrary) {
     ASSERT_TRUE(product_is_right());  // the parent's team exists now
     EXPECT_EQ(run_in_child([] { std::_Exit(product_is_right() ? 0 : 1); }), 0);
