@@ -409,17 +409,6 @@ TEST(KernelExports, Level3OptionsAndNumberedExports) {
         EXPECT_NE(out.find(name), std::string::npos) << name << "\n" << out;
 }
 
-// The numbered exports are the named kernels under a second name.
-TEST(KernelExports, NumberedAliasesShareTheCode) {
-    const std::pair<void*, void*> pairs[] = {
-        {(void*)&qnum_20723, (void*)&qnum_saxpy}, {(void*)&qnum_20724, (void*)&qnum_daxpy}, {(void*)&qnum_20729, (void*)&qnum_sscal},
-        {(void*)&qnum_20730, (void*)&qnum_dscal}, {(void*)&qnum_20735, (void*)&qnum_sswap}, {(void*)&qnum_20736, (void*)&qnum_dswap},
-        {(void*)&qnum_20737, (void*)&qnum_ssyr},  {(void*)&qnum_20738, (void*)&qnum_dsyr},  {(void*)&qnum_20745, (void*)&qnum_chemv},
-        {(void*)&qnum_20746, (void*)&qnum_zhemv}, {(void*)&qnum_20747, (void*)&qnum_cher},  {(void*)&qnum_20748, (void*)&qnum_zher},
-        {(void*)&qnum_20749, (void*)&qnum_cher2}, {(void*)&qnum_20750, (void*)&qnum_zher2}};
-    for (auto [numbered, named] : pairs) EXPECT_EQ(numbered, named);
-}
-
 // The helpers: fill, add, sums, signed extremes, triple products, integer copies; each
 // visits n elements at |inc| and nothing else.
 TEST(Helpers, VectorHelpers) {
