@@ -173,8 +173,8 @@ TEST(ErrorStack, NotificationCallbackSeesEveryReportedError) {
                     "6/1236/called back;6/1236/;7/1237/called back;7/1237/;");
 }
 
-// A thread starts with the default policy: WARNING and worse printed, FATAL, TERMINAL and
-// INTERNAL stopping, no tracebacks.
+// A thread starts with the default policy (WARNING and worse printed, FATAL, TERMINAL and
+// INTERNAL stopping, no tracebacks) and no error.
 TEST(ErrorStackThread, FreshThreadHasTheDefaultPolicy) {
     qnum_skip_signal_handler();
     std::string flags;
@@ -185,8 +185,10 @@ TEST(ErrorStackThread, FreshThreadHasTheDefaultPolicy) {
             if (type < 8) qnum_error_options(QNUM_GET_TRACEBACK, type, &trace, 0);
             flags += std::to_string(print) + std::to_string(stop) + std::to_string(trace) + " ";
         }
+        qnum_e1mes(-1, -1, nullptr);  // nothing pending at the base level: nothing to re-report
+        flags += std::to_string(qnum_n1rty(0));
     }).join();
-    EXPECT_EQ(flags, "000 000 100 110 110 100 100 110 ");
+    EXPECT_EQ(flags, "000 000 100 110 110 100 100 110 0");
 }
 
 }  // namespace
