@@ -48,54 +48,37 @@ TEST(Machine, TablesHoldTheirExactBitPatterns) {
     EXPECT_EQ(qnum_n1rty(1), 0);
 }
 
-TEST(Machine, PlainConstantsOutOfRangeAreTerminal12009) {
+// The plain constants report 12009 through their own level, the framed ones 132 with the
+// range and the index.
+TEST(Machine, ConstantsOutOfRange) {
     QuietErrors quiet;
     EXPECT_EQ(qnum_amach(0), 0.0f);
-    EXPECT_EQ(qnum_20305(), 12009);  // reported through the "qnum_amach" level
-    EXPECT_EQ(int_slot(1), 0);
+    EXPECT_EQ(std::make_pair(qnum_20305(), int_slot(1)), std::make_pair(12009, 0));
     EXPECT_EQ(qnum_dmach(9), 0.0);
-    EXPECT_EQ(int_slot(1), 9);
+    EXPECT_EQ(std::make_pair(qnum_20305(), int_slot(1)), std::make_pair(12009, 9));
+    const struct {
+        int which, index, lo, hi;
+    } cases[] = {{0, 0, 1, 8}, {1, 9, 1, 8}, {2, 13, 0, 12}, {2, -1, 0, 12}};
+    for (const auto& r : cases) {
+        if (r.which == 0) qnum_f_machine(r.index);
+        if (r.which == 1) qnum_d_machine(r.index);
+        if (r.which == 2) qnum_i_machine(r.index);
+        EXPECT_EQ(std::make_tuple(qnum_n1rty(1), qnum_20305(), int_slot(1), int_slot(2), int_slot(3), string_slot(1)),
+                  std::make_tuple(5, 132, r.lo, r.hi, r.index, std::string("n")));
+    }
 }
-
-struct RangeCase {
-    int which, index, lo, hi;
-};
-
-class FramedConstants : public ::testing::TestWithParam<RangeCase> {};
-
-TEST_P(FramedConstants, OutOfRangeIsTerminal132InsideLMachine) {
-    QuietErrors quiet;
-    const RangeCase& r = GetParam();
-    if (r.which == 0) qnum_f_machine(r.index);
-    if (r.which == 1) qnum_d_machine(r.index);
-    if (r.which == 2) qnum_i_machine(r.index);
-    EXPECT_EQ(qnum_n1rty(1), 5);
-    EXPECT_EQ(qnum_20305(), 132);
-    EXPECT_EQ(int_slot(1), r.lo);
-    EXPECT_EQ(int_slot(2), r.hi);
-    EXPECT_EQ(int_slot(3), r.index);
-    EXPECT_EQ(string_slot(1), "n");
-}
-
-INSTANTIATE_TEST_SUITE_P(Routines, FramedConstants,
-                         ::testing::Values(RangeCase{0, 0, 1, 8}, RangeCase{1, 9, 1, 8}, RangeCase{2, 13, 0, 12},
-                                           RangeCase{2, -1, 0, 12}));
 
 TEST(Machine, NanTestsLookAtTheBits) {
-    const std::uint32_t fb[] = {0x7FC00000u, 0x7F800001u, 0xFFC00000u, 0x7F800000u, 0xFF800000u, 0x3F800000u};
-    const int fexpect[] = {1, 1, 1, 0, 0, 0};
-    for (int i = 0; i < 6; ++i) {
+    for (auto [b, nan] : {std::pair{0x7FC00000u, 1}, {0x7F800001u, 1}, {0xFFC00000u, 1}, {0x7F800000u, 0}, {0xFF800000u, 0}, {0x3F800000u, 0}}) {
         float f;
-        std::memcpy(&f, &fb[i], 4);
-        EXPECT_EQ(qnum_ifnan(f), fexpect[i]) << std::hex << fb[i];
+        std::memcpy(&f, &b, 4);
+        EXPECT_EQ(qnum_ifnan(f), nan) << std::hex << b;
     }
-    const std::uint64_t db[] = {0x7FF8000000000000ull, 0x7FF0000000000001ull, 0x7FF0000100000000ull,
-                                0x7FF0000000000000ull, 0x0000000000000001ull};
-    const int dexpect[] = {1, 1, 1, 0, 0};
-    for (int i = 0; i < 5; ++i) {
+    for (auto [b, nan] : {std::pair{0x7FF8000000000000ull, 1}, {0x7FF0000000000001ull, 1}, {0x7FF0000100000000ull, 1},
+                          {0x7FF0000000000000ull, 0}, {0x0000000000000001ull, 0}}) {
         double d;
-        std::memcpy(&d, &db[i], 8);
-        EXPECT_EQ(qnum_difnan(d), dexpect[i]) << std::hex << db[i];
+        std::memcpy(&d, &b, 8);
+        EXPECT_EQ(qnum_difnan(d), nan) << std::hex << b;
     }
 }
 
@@ -141,38 +124,29 @@ TEST(UnitsThread, RedirectedErrorOutputStaysInItsThread) {
     std::fclose(mine);
 }
 
+// The library version reads QNL_VERSION, the others their variables (empty when unset), at
+// most 260 characters; an unknown code is TERMINAL 103 and null.
 TEST(Version, ReadsTheInstallationVariables) {
-    setenv("QNL_VERSION", "7.0", 1);
-    char* v = qnum_version(QNUM_LIBRARY_VERSION);
-    EXPECT_STREQ(v, "QNUM C/Math/Library Version 7.0");
-    qnum_free_allocated_memory(v);
-    unsetenv("QNL_VERSION");
-    v = qnum_version(QNUM_LIBRARY_VERSION);
-    EXPECT_STREQ(v, "QNUM C/Math/Library Version ");
-    qnum_free_allocated_memory(v);
-    for (int code : {QNUM_OS_VERSION, QNUM_COMPILER_VERSION, QNUM_LICENSE_NUMBER}) {
-        unsetenv("QNL_OS_VERSION");
-        unsetenv("QNL_COMPILER_VERSION");
-        unsetenv("QNL_LICENSE_NUMBER");
-        v = qnum_version(code);
-        ASSERT_NE(v, nullptr);
-        EXPECT_STREQ(v, "");
+    auto version = [](int code) {
+        char* v = qnum_version(code);
+        std::string s = v ? v : "(null)";
         qnum_free_allocated_memory(v);
-    }
+        return s;
+    };
+    for (const char* name : {"QNL_OS_VERSION", "QNL_COMPILER_VERSION", "QNL_LICENSE_NUMBER", "QNL_VERSION"}) unsetenv(name);
+    EXPECT_EQ(version(QNUM_LIBRARY_VERSION), "QNUM C/Math/Library Version ");
+    for (int code : {QNUM_OS_VERSION, QNUM_COMPILER_VERSION, QNUM_LICENSE_NUMBER}) EXPECT_EQ(version(code), "");
+    setenv("QNL_VERSION", "7.0", 1);
+    EXPECT_EQ(version(QNUM_LIBRARY_VERSION), "QNUM C/Math/Library Version 7.0");
     setenv("QNL_OS_VERSION", std::string(400, 'o').c_str(), 1);
-    v = qnum_version(QNUM_OS_VERSION);
-    EXPECT_EQ(std::strlen(v), 260u);  // at most 260 characters are read
-    qnum_free_allocated_memory(v);
-    unsetenv("QNL_OS_VERSION");
-}
-
-TEST(Version, UnknownCodeIsTerminal103AndNull) {
+    EXPECT_EQ(version(QNUM_OS_VERSION), std::string(260, 'o'));
+    setenv("QNL_COMPILER_VERSION", "cc", 1);
+    setenv("QNL_LICENSE_NUMBER", "42", 1);
+    EXPECT_EQ(version(QNUM_COMPILER_VERSION) + version(QNUM_LICENSE_NUMBER), "cc42");
+    for (const char* name : {"QNL_OS_VERSION", "QNL_COMPILER_VERSION", "QNL_LICENSE_NUMBER", "QNL_VERSION"}) unsetenv(name);
     QuietErrors quiet;
-    EXPECT_EQ(qnum_version(0), nullptr);
-    EXPECT_EQ(qnum_n1rty(1), 5);
-    EXPECT_EQ(qnum_20305(), 103);
-    EXPECT_EQ(int_slot(1), 0);
-    EXPECT_EQ(int_slot(2), 1);
+    EXPECT_EQ(version(0), "(null)");
+    EXPECT_EQ(std::make_tuple(qnum_n1rty(1), qnum_20305(), int_slot(1), int_slot(2)), std::make_tuple(5, 103, 0, 1));
 }
 
 }  // namespace

@@ -13,43 +13,24 @@ using qnum::test::int_slot;
 using qnum::test::QuietErrors;
 using qnum::test::string_slot;
 
-struct FlagCase {
-    int set, get, type, value;
-};
-
-class FlagOptions : public ::testing::TestWithParam<FlagCase> {};
-
-TEST_P(FlagOptions, SetThenGetRoundTrips) {
+// Flags set and read back (the low byte is stored); types 1..7 are accepted, but the
+// message of 132 states 1..5 (the slots say so, on purpose).
+TEST(ErrorOptions, FlagsRoundTripAndBadTypesAreTerminal132) {
     QuietErrors quiet;
-    const FlagCase& f = GetParam();
-    int seen = -1;
-    qnum_error_options(f.set, f.type, f.value, f.get, f.type, &seen, 0);
-    EXPECT_EQ(qnum_n1rty(1), 0);
-    EXPECT_EQ(seen, f.value & 0xFF);  // the low byte is stored
-    qnum_error_options(QNUM_SET_TRACEBACK, f.type, 0, 0);
+    const int cases[][4] = {{QNUM_SET_PRINT, QNUM_GET_PRINT, 1, 1}, {QNUM_SET_STOP, QNUM_GET_STOP, 7, 1},
+                            {QNUM_SET_TRACEBACK, QNUM_GET_TRACEBACK, 6, 1}, {QNUM_SET_PRINT, QNUM_GET_PRINT, 2, 0x102}};
+    for (auto [set, get, type, value] : cases) {
+        int seen = -1;
+        qnum_error_options(set, type, value, get, type, &seen, 0);
+        EXPECT_EQ(std::make_pair(qnum_n1rty(1), seen), std::make_pair(0, value & 0xFF));
+        qnum_error_options(QNUM_SET_TRACEBACK, type, 0, 0);
+    }
+    for (int type : {0, 8, -1, 100}) {
+        qnum_error_options(QNUM_SET_PRINT, type, 1, 0);
+        EXPECT_EQ(std::make_tuple(qnum_n1rty(1), qnum_20305(), int_slot(1), int_slot(2), int_slot(3), string_slot(1)),
+                  std::make_tuple(5, 132, 1, 5, type, std::string("type")));
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Codes, FlagOptions,
-                         ::testing::Values(FlagCase{QNUM_SET_PRINT, QNUM_GET_PRINT, 1, 1},
-                                           FlagCase{QNUM_SET_STOP, QNUM_GET_STOP, 7, 1},
-                                           FlagCase{QNUM_SET_TRACEBACK, QNUM_GET_TRACEBACK, 6, 1},
-                                           FlagCase{QNUM_SET_PRINT, QNUM_GET_PRINT, 2, 0x102}));
-
-class BadType : public ::testing::TestWithParam<int> {};
-
-// Types 1..7 are accepted, but the message states 1..5 (the slots say so, on purpose).
-TEST_P(BadType, IsTerminal132StatingOneToFive) {
-    QuietErrors quiet;
-    qnum_error_options(QNUM_SET_PRINT, GetParam(), 1, 0);
-    EXPECT_EQ(qnum_n1rty(1), 5);
-    EXPECT_EQ(qnum_20305(), 132);
-    EXPECT_EQ(int_slot(1), 1);
-    EXPECT_EQ(int_slot(2), 5);
-    EXPECT_EQ(int_slot(3), GetParam());
-    EXPECT_EQ(string_slot(1), "type");
-}
-
-INSTANTIATE_TEST_SUITE_P(OutOfRange, BadType, ::testing::Values(0, 8, -1, 100));
 
 TEST(ErrorOptions, UnknownCodeNamesItsPositionAndEndsParsing) {
     QuietErrors quiet;

@@ -13,30 +13,32 @@ namespace {
 
 std::atomic<int> destroyed{0};
 
-TEST(Registry, KeysStartAboveZeroAndGrowTheTable) {
-    int key = 0;
-    ASSERT_EQ(qnum::registry::key_create(&key, nullptr), qnum::registry::ok);
-    EXPECT_GE(key, 1);
-    int last = key;
-    while (last < 64) ASSERT_EQ(qnum::registry::key_create(&last, nullptr), qnum::registry::ok);
-    EXPECT_GE(qnum::registry::key_capacity(), 128);
-}
+namespace reg = qnum::registry;
 
-// Setting a value beyond the thread's array grows it; the tables grow by doubling, so their
-// sizes stay powers of two.
-TEST(Registry, SettingABeyondTheArrayGrowsIt) {
+// Keys start above zero; setting a value beyond the thread's array grows it; the tables grow
+// by doubling, so their sizes stay powers of two; failures are reported as errno values.
+TEST(Registry, KeysAndValueArraysGrowByDoubling) {
+    int key = 0;
+    ASSERT_EQ(reg::key_create(&key, nullptr), reg::ok);
+    EXPECT_GE(key, 1);
+    while (key < 64) ASSERT_EQ(reg::key_create(&key, nullptr), reg::ok);
+    EXPECT_GE(reg::key_capacity(), 128);
     auto power_of_two = [](long v) { return v >= 64 && (v & (v - 1)) == 0; };
     int dummy = 0;
-    for (int key : {70, 300}) {
-        ASSERT_EQ(qnum::registry::set_value(key, &dummy), qnum::registry::ok);
-        EXPECT_GT(qnum::registry::thread_array_length(), key);
-        EXPECT_TRUE(power_of_two(qnum::registry::thread_array_length())) << qnum::registry::thread_array_length();
-        EXPECT_TRUE(power_of_two(qnum::registry::key_capacity())) << qnum::registry::key_capacity();
-        EXPECT_EQ(qnum::registry::get_value(key), &dummy);
-        qnum::registry::set_value(key, nullptr);
+    for (int k : {70, 300}) {
+        ASSERT_EQ(reg::set_value(k, &dummy), reg::ok);
+        EXPECT_GT(reg::thread_array_length(), k);
+        EXPECT_TRUE(power_of_two(reg::thread_array_length()) && power_of_two(reg::key_capacity()))
+            << reg::thread_array_length() << " " << reg::key_capacity();
+        EXPECT_EQ(reg::get_value(k), &dummy);
+        reg::set_value(k, nullptr);
     }
-    EXPECT_EQ(qnum::registry::get_value(100000), nullptr);
-    EXPECT_EQ(qnum::registry::set_value(0, &dummy), ENOMEM);  // failures are reported as errno values
+    EXPECT_EQ(reg::get_value(100000), nullptr);
+    EXPECT_EQ(reg::set_value(0, &dummy), ENOMEM);
+    static reg::OnceFlag flag{0};
+    static int runs = 0;
+    for (int i = 0; i < 3; ++i) reg::once(flag, [] { ++runs; });
+    EXPECT_EQ(runs, 1);
 }
 
 // One thread's values for thousands of keys pass several doublings of the value list; a list
@@ -48,8 +50,8 @@ TEST(RegistryThread, ValueListGrowsPastManyEntries) {
                       static int marker;
                       for (int i = 0; i < 3000; ++i) {
                           int key = 0;
-                          if (qnum::registry::key_create(&key, nullptr) != qnum::registry::ok ||
-                              qnum::registry::set_value(key, &marker) != qnum::registry::ok || qnum::registry::get_value(key) != &marker)
+                          if (reg::key_create(&key, nullptr) != reg::ok ||
+                              reg::set_value(key, &marker) != reg::ok || reg::get_value(key) != &marker)
                               std::_Exit(3);
                       }
                   }).join();
@@ -58,41 +60,48 @@ TEST(RegistryThread, ValueListGrowsPastManyEntries) {
               0);
 }
 
-TEST(Registry, OnceRunsItsInitialiserOnce) {
-    static qnum::registry::OnceFlag flag{0};
-    static int runs = 0;
-    for (int i = 0; i < 3; ++i) qnum::registry::once(flag, [] { ++runs; });
-    EXPECT_EQ(runs, 1);
-}
-
-TEST(RegistryThread, DestructorsRunAtThreadExitAndTriplesAreReused) {
+// Destructors run at thread exit, the threads' entries are reused, and their contexts go.
+TEST(RegistryThread, DestructorsRunAtThreadExitAndContextsAreFreed) {
     qnum_skip_signal_handler();
     int key = 0;
-    ASSERT_EQ(qnum::registry::key_create(&key, [](void* v) {
-                  if (v) destroyed.fetch_add(1);
-              }), qnum::registry::ok);
+    ASSERT_EQ(reg::key_create(&key, [](void* v) { destroyed += v != nullptr; }), reg::ok);
+    qnum_e1sti(1, 1);
+    const int before = qnum::live_contexts();
     destroyed = 0;
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < 50; ++round)
         std::thread([key] {
             static int marker;
-            qnum::registry::set_value(key, &marker);
-            qnum_e1sti(1, 1);  // creates this thread's context too
-        }).join();
-    }
-    EXPECT_EQ(destroyed.load(), 50);
-}
-
-TEST(RegistryThread, ContextsAreFreedAtThreadExit) {
-    qnum_skip_signal_handler();
-    qnum_e1sti(1, 1);
-    int before = qnum::live_contexts();
-    for (int round = 0; round < 20; ++round) {
-        std::thread([] {
-            qnum_e1psh("qnum_f_in_thread");
+            reg::set_value(key, &marker);
+            qnum_e1psh("qnum_f_in_thread");  // creates this thread's context too
             qnum_e1pop("qnum_f_in_thread");
         }).join();
-    }
+    EXPECT_EQ(destroyed.load(), 50);
     EXPECT_EQ(qnum::live_contexts(), before);
+}
+
+// A shutdown while another thread still holds values frees only the calling thread's values:
+// each thread's value has an entry of its own, so neither hides the other.
+TEST(RegistryThread, ShutdownWithAThreadAliveFreesOnlyTheCallersValues) {
+    EXPECT_EQ(qnum::test::run_in_child([] {
+        qnum_skip_signal_handler();
+        reg::shutdown();  // the only thread: everything goes, the tables start empty
+        static std::atomic<int> freed{0}, stage{0};
+        static int mine, theirs;
+        int key = 0;
+        if (reg::key_create(&key, [](void* v) { freed += v == &mine ? 1 : 100; }) != reg::ok) std::_Exit(2);
+        reg::set_value(key, &mine);
+        std::thread other([key] {
+            reg::set_value(key, &theirs);
+            stage = 1;
+            while (stage != 2) std::this_thread::yield();
+        });
+        while (stage != 1) std::this_thread::yield();
+        reg::shutdown();
+        const int after_shutdown = freed.load();
+        stage = 2;
+        other.join();
+        std::_Exit(after_shutdown == 1 && freed == 101 ? 0 : 3);
+    }), 0);
 }
 
 TEST(RegistryThread, ThreadsRaiseDifferentErrorsAtOnceWithoutSeeingEachOther) {

@@ -177,6 +177,10 @@ TEST(Level1Real, ModifiedRotations) {
         Vec<double> x(9, 2, g), y(9, -1, g);
         const auto x0 = x.values(), y0 = y.values();
         kern::rotm(9, x.data(), 2, y.data(), -1, p);
+        double u = x0[0], v = y0[0];  // a single pair too
+        kern::rotm(1, &u, 1, &v, 1, p);
+        EXPECT_NEAR(u, h[0][0] * x0[0] + h[0][1] * y0[0], tol * 8);
+        EXPECT_NEAR(v, h[1][0] * x0[0] + h[1][1] * y0[0], tol * 8);
         for (int i = 0; i < 9; ++i) {
             EXPECT_NEAR(x[i], h[0][0] * x0[i] + h[0][1] * y0[i], tol * 8);
             EXPECT_NEAR(y[i], h[1][0] * x0[i] + h[1][1] * y0[i], tol * 8);

@@ -210,7 +210,7 @@ TYPED_TEST(Level2, RankUpdates) {
                 for (bool two : {false, true})
                     for (T alpha : {scalar<T>(0.75, two ? 0.375 : 0), T(0)}) {
                         SCOPED_TRACE(::testing::Message() << uplo << " n " << n << " rank " << (two ? 2 : 1));
-                        Vec<T> x(n, 2, g), y(n, -1, g);
+                        Vec<T> x(n, 2, g), y(n, -2, g);
                         Mat<T> a(n, n, n + 1, g);
                         const auto in = [uplo](int i, int j) { return uplo == 'U' ? i <= j : i >= j; };
                         std::vector<T> packed;
@@ -220,8 +220,8 @@ TYPED_TEST(Level2, RankUpdates) {
                         const Mat<T> a0 = a;
                         const std::vector<T> p0 = packed;
                         if (two) {
-                            kern::her2(uplo, n, alpha, x.data(), 2, y.data(), -1, a.data(), n + 1);
-                            kern::hpr2(uplo, n, alpha, x.data(), 2, y.data(), -1, packed.data());
+                            kern::her2(uplo, n, alpha, x.data(), 2, y.data(), -2, a.data(), n + 1);
+                            kern::hpr2(uplo, n, alpha, x.data(), 2, y.data(), -2, packed.data());
                         } else {
                             kern::her(uplo, n, std::real(alpha), x.data(), 2, a.data(), n + 1);
                             kern::hpr(uplo, n, std::real(alpha), x.data(), 2, packed.data());

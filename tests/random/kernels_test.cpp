@@ -13,49 +13,26 @@ namespace {
 
 namespace kern = random::kern;
 
-struct Path {
-    cpu::Path path;
-    const char* name;
-    std::uint32_t (*f)(std::uint32_t, std::uint32_t, float, float*, std::size_t);
-    std::uint32_t (*d)(std::uint32_t, std::uint32_t, double, double*, std::size_t);
-    std::uint32_t (*s)(std::uint32_t, std::uint32_t, std::uint32_t*, std::size_t);
-};
-
-const Path tuned[] = {
-    {cpu::Path::Avx2, "avx2", kern::avx2::uniform, kern::avx2::uniform, kern::avx2::seeds},
-    {cpu::Path::Avx512, "avx512", kern::avx512::uniform, kern::avx512::uniform, kern::avx512::seeds},
-};
-
-template <class T, class F>
-void expect_same(F tuned_kernel, F portable_kernel, std::uint32_t a, std::uint32_t seed, T scale,
-                 std::size_t n) {
-    std::vector<T> x(n), y(n);
-    ASSERT_EQ(tuned_kernel(a, seed, scale, x.data(), n), portable_kernel(a, seed, scale, y.data(), n));
-    ASSERT_EQ(std::memcmp(x.data(), y.data(), n * sizeof(T)), 0);
-}
-
 // Run lengths around the vector and lane-group boundaries (8 and 32 lanes for AVX2, 16 and 64
 // for AVX-512) and the dispatch threshold.
 TEST(RandomKernels, TunedPathsMatchPortableBits) {
-    const std::size_t lengths[] = {1, 7, 32, 33, 63, 64, 65, 255, 256, 257, 1000, 4099};
-    const std::uint32_t seeds[] = {1, 2147483646, 123456789};
-    for (const Path& p : tuned) {
-        if (cpu::detected() < p.path) continue;
-        for (std::uint32_t a : multipliers) {
-            for (std::uint32_t seed : seeds) {
-                for (std::size_t n : lengths) {
-                    SCOPED_TRACE(::testing::Message()
-                                 << p.name << " a " << a << " seed " << seed << " n " << n);
-                    using FF = std::uint32_t (*)(std::uint32_t, std::uint32_t, float, float*, std::size_t);
-                    using FD = std::uint32_t (*)(std::uint32_t, std::uint32_t, double, double*, std::size_t);
-                    expect_same<float, FF>(p.f, kern::portable::uniform, a, seed, scale, n);
-                    expect_same<double, FD>(p.d, kern::portable::uniform, a, seed, double(scale), n);
-                    std::vector<std::uint32_t> x(n), y(n);
-                    ASSERT_EQ(p.s(a, seed, x.data(), n), kern::portable::seeds(a, seed, y.data(), n));
-                    ASSERT_EQ(x, y);
+    for (cpu::Path path : {cpu::Path::Avx2, cpu::Path::Avx512}) {
+        if (cpu::detected() < path) continue;
+        const bool avx2 = path == cpu::Path::Avx2;
+        auto uniform = [avx2](auto... v) { return avx2 ? kern::avx2::uniform(v...) : kern::avx512::uniform(v...); };
+        auto seeds = [avx2](auto... v) { return avx2 ? kern::avx2::seeds(v...) : kern::avx512::seeds(v...); };
+        for (std::uint32_t a : multipliers)
+            for (std::uint32_t seed : {1u, 2147483646u, 123456789u})
+                for (std::size_t n : {1, 7, 32, 33, 63, 64, 65, 255, 256, 257, 1000, 4099}) {
+                    SCOPED_TRACE(::testing::Message() << avx2 << " a " << a << " seed " << seed << " n " << n);
+                    std::vector<float> f(n), f0(n);
+                    std::vector<double> d(n), d0(n);
+                    std::vector<std::uint32_t> s(n), s0(n);
+                    ASSERT_EQ(uniform(a, seed, scale, f.data(), n), kern::portable::uniform(a, seed, scale, f0.data(), n));
+                    ASSERT_EQ(uniform(a, seed, double(scale), d.data(), n), kern::portable::uniform(a, seed, double(scale), d0.data(), n));
+                    ASSERT_EQ(seeds(a, seed, s.data(), n), kern::portable::seeds(a, seed, s0.data(), n));
+                    ASSERT_TRUE(f == f0 && d == d0 && s == s0);
                 }
-            }
-        }
     }
 }
 

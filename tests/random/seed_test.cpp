@@ -34,49 +34,26 @@ TEST(ClockSeed, FollowsTheUniversalTimeOfDay) {
     }
 }
 
-TEST(Seed, FreshStreamTakesTheClockOnItsFirstDraw) {
-    in_fresh_thread([] {
-        PinnedClock clock(3723);
-        EXPECT_EQ(draw<float>(1)[0], first_after(10204));
-    });
-}
-
-// seed = 0 takes a clock seed but leaves the stream unseeded, so the first draw takes its own.
-TEST(Seed, ZeroDoesNotMarkTheStreamSeeded) {
-    in_fresh_thread([] {
-        PinnedClock clock(1);
-        qnum_random_seed_set(0);
-        clock.set(3723);
-        EXPECT_EQ(draw<float>(1)[0], first_after(10204));
-    });
-    // On a stream already seeded the clock seed is simply the new seed.
-    in_fresh_thread([] {
-        PinnedClock clock(1);
-        qnum_random_seed_set(555);
-        qnum_random_seed_set(0);
-        clock.set(3723);
-        EXPECT_EQ(draw<float>(1)[0], first_after(2));
-    });
-}
-
-TEST(Seed, OutOfRangeValuesAreNotErrors) {
-    for (int bad : {-5, INT_MIN, INT_MAX}) {
-        SCOPED_TRACE(bad);
-        in_fresh_thread([bad] {
-            qnum_random_seed_set(4711);
-            qnum_random_seed_set(bad);
-            EXPECT_EQ(last_type(), 0);
-            EXPECT_EQ(qnum_random_seed_get(), 4711);
-        });
-        // An unseeded stream is seeded from the clock, for good.
-        in_fresh_thread([bad] {
+// A fresh stream takes the clock on its first draw. Seeds of 0 or out of range are not
+// errors: 0 takes a clock seed but leaves the stream unseeded, so the first draw takes its
+// own; on a stream already seeded the clock seed is simply the new seed; an out-of-range
+// seed leaves a seeded stream alone and seeds an unseeded one from the clock, for good.
+TEST(Seed, FirstDrawZeroAndOutOfRangeSeeds) {
+    const struct {
+        int earlier, seed;
+        std::uint32_t first;  // the seed that the first draw continues from
+    } cases[] = {{-1, -1, 10204}, {-1, 0, 10204}, {555, 0, 2}, {-1, -5, 2}, {-1, INT_MIN, 2}, {-1, INT_MAX, 2},
+                 {4711, -5, 4711}, {4711, INT_MIN, 4711}, {4711, INT_MAX, 4711}};
+    for (const auto& c : cases)
+        in_fresh_thread([c] {
+            SCOPED_TRACE(::testing::Message() << c.earlier << " " << c.seed);
             PinnedClock clock(1);
-            qnum_random_seed_set(bad);
+            if (c.earlier >= 0) qnum_random_seed_set(c.earlier);
+            if (c.seed != -1) qnum_random_seed_set(c.seed);
             EXPECT_EQ(last_type(), 0);
             clock.set(3723);
-            EXPECT_EQ(draw<float>(1)[0], first_after(2));
+            EXPECT_EQ(draw<float>(1)[0], first_after(c.first));
         });
-    }
 }
 
 // Reading the seed of an unseeded stream seeds it, so the value can replay what follows.

@@ -213,53 +213,37 @@ TYPED_TEST(Uniform, FailedDrawReleasesTheResult) {
     });
 }
 
-struct ErrorCase {
-    const char* what;
-    void (*call)();
-    int code;
-    const char* name;  // l1, or null
-    int i1, i2;        // expected integer slots 1 and 2 (i3 is the value, for 132)
-};
-
 float buf[8];
-const ErrorCase error_cases[] = {
-    {"n = 0", [] { EXPECT_EQ(qnum_f_random_uniform(0, 0), nullptr); }, 132, "n_random", 1, INT_MAX},
-    {"n < 0 (double)", [] { EXPECT_EQ(qnum_d_random_uniform(-4, 0), nullptr); }, 132, "n_random", 1, INT_MAX},
-    {"unknown option", [] { EXPECT_EQ(qnum_f_random_uniform(5, 10001, 0), nullptr); }, 11001, nullptr, 10001,
-     2},
-    {"unknown option after RETURN_USER",
-     [] { EXPECT_EQ(qnum_f_random_uniform(5, QNUM_RETURN_USER, buf, 77, 0), nullptr); }, 11001, nullptr, 77,
-     4},
-    {"null RETURN_USER",
-     [] { EXPECT_EQ(qnum_d_random_uniform(5, QNUM_RETURN_USER, (double*)nullptr, 0), nullptr); }, 104, "r", 0,
-     0},
-    {"rnun n = 0", [] { qnum_rnun(0, buf); }, 132, "n", 1, INT_MAX},
-    {"drnun n < 0",
-     [] {
-         double d[2];
-         qnum_drnun(-1, d);
-     },
-     132, "n", 1, INT_MAX},
-    {"rnun null r", [] { qnum_rnun(3, nullptr); }, 150, "r", 0, 0},
-    {"option 0", [] { qnum_random_option(0); }, 132, "generator_option", 1, 6},
-    {"option 7", [] { qnum_random_option(7); }, 132, "generator_option", 1, 6},
-    {"rnses null", [] { qnum_rnses(nullptr); }, 150, "table", 0, 0},
-    {"drnses null", [] { qnum_drnses(nullptr); }, 150, "table", 0, 0},
-};
+double dbuf[2];
 
 TEST(UniformErrors, AreReportedWithTheirSlots) {
     QuietErrors quiet;
-    for (const ErrorCase& c : error_cases) {
-        SCOPED_TRACE(c.what);
+    const struct {
+        void (*call)();
+        int code;
+        const char* name;  // l1, or null
+        int i1, i2;        // integer slots 1 and 2 (i3 is the value, for 132), unless both 0
+    } cases[] = {
+        {[] { EXPECT_EQ(qnum_f_random_uniform(0, 0), nullptr); }, 132, "n_random", 1, INT_MAX},
+        {[] { EXPECT_EQ(qnum_d_random_uniform(-4, 0), nullptr); }, 132, "n_random", 1, INT_MAX},
+        {[] { EXPECT_EQ(qnum_f_random_uniform(5, 10001, 0), nullptr); }, 11001, nullptr, 10001, 2},
+        {[] { EXPECT_EQ(qnum_f_random_uniform(5, QNUM_RETURN_USER, buf, 77, 0), nullptr); }, 11001, nullptr, 77, 4},
+        {[] { EXPECT_EQ(qnum_d_random_uniform(5, QNUM_RETURN_USER, (double*)nullptr, 0), nullptr); }, 104, "r", 0, 0},
+        {[] { qnum_rnun(0, buf); }, 132, "n", 1, INT_MAX},
+        {[] { qnum_drnun(-1, dbuf); }, 132, "n", 1, INT_MAX},
+        {[] { qnum_rnun(3, nullptr); }, 150, "r", 0, 0},
+        {[] { qnum_random_option(0); }, 132, "generator_option", 1, 6},
+        {[] { qnum_random_option(7); }, 132, "generator_option", 1, 6},
+        {[] { qnum_rnses(nullptr); }, 150, "table", 0, 0},
+        {[] { qnum_drnses(nullptr); }, 150, "table", 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(&c - cases);
         c.call();
-        EXPECT_EQ(last_type(), 5);
-        EXPECT_EQ(last_code(), c.code);
-        if (c.name) {
-            EXPECT_EQ(string_slot(1), c.name);
-        }
+        EXPECT_EQ(std::make_pair(last_type(), last_code()), std::make_pair(5, c.code));
+        EXPECT_EQ(string_slot(1), c.name ? c.name : string_slot(1));
         if (c.i1 || c.i2) {
-            EXPECT_EQ(int_slot(1), c.i1);
-            EXPECT_EQ(int_slot(2), c.i2);
+            EXPECT_EQ(std::make_pair(int_slot(1), int_slot(2)), std::make_pair(c.i1, c.i2));
         }
     }
 }

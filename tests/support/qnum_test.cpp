@@ -23,6 +23,14 @@ QuietErrors::~QuietErrors() {
         qnum_error_options(QNUM_SET_PRINT, type, print[type], QNUM_SET_STOP, type, stop[type], 0);
 }
 
+void raise_in(const char* name, int type, int code, const char* text, const char* outer) {
+    if (outer) qnum_e1psh(outer);
+    qnum_e1psh(name);
+    qnum_e1mes(type, code, text);
+    qnum_e1pop(name);
+    if (outer) qnum_e1pop(outer);
+}
+
 static std::string read_all(std::FILE* f) {
     std::string out;
     std::fflush(f);

@@ -32,6 +32,9 @@ inline std::string string_slot(int k) {
     return s ? s : "(null)";
 }
 
+// Raises `type`/`code` with `text` inside a level `name`, itself inside `outer` when given.
+void raise_in(const char* name, int type, int code, const char* text, const char* outer = nullptr);
+
 // Runs fn with the calling thread's error output (unit 3) sent to a temporary file and
 // returns what was written there.
 std::string capture_errors(const std::function<void()>& fn);
