@@ -215,7 +215,8 @@ void pop_slow(const char* name) {
         if (top->type <= 8 && c->stop[top->type]) end_process(top->type);
         // A level marked as the user's inside the library has now reported the error; the
         // text is kept only at the caller's own level, so it is not printed a second time.
-        if (below != &c->stack[0]) empty_buffer(c);
+        // A level that ended cleanly reported nothing, and a text still pending stays.
+        if (below != &c->stack[0] && top->type != 0) empty_buffer(c);
     }
     if (below->type <= top->type) {
         below->type = top->type;

@@ -158,6 +158,7 @@ TEST(ErrorStack, UserLevelMarkReportsAtThatLevel) {
     EXPECT_EQ(out.substr(0, report.size()), report);
     EXPECT_EQ(out.find("reported", report.size()), std::string::npos) << out;
     EXPECT_EQ(out.find("l_clean"), std::string::npos) << out;
+    EXPECT_NE(out.find("Error 2 from qnum_f_driver.  pending at the driver"), std::string::npos) << out;
 }
 
 // Every raised type reaches the notification, whether printed or not: the ones reported at
