@@ -304,18 +304,9 @@ auto sum_diff(typename v::R a) {
     return v::sum(v::mul(a, pairs<v>(1, -1)));
 }
 
-// Complex elements at p before the next 64-byte boundary (at most n). Wide loads and stores
-// that straddle two cache lines cost twice, and the caller's arrays are rarely aligned to
-// more than 16 bytes, so the streaming loops start at a boundary of the array they store to
-// (or, for the sums, of one of the two they read).
-template <class T>
-long to_line(const T* p, long n) {
-    const auto skip = static_cast<long>((64 - reinterpret_cast<unsigned long>(p) % 64) % 64);
-    if (skip % static_cast<long>(2 * sizeof(T)) != 0) return 0;
-    const long k = skip / static_cast<long>(2 * sizeof(T));
-    return k < n ? k : n;
-}
-
+// The complex streaming loops start at element 0 whatever the arrays' alignment: which
+// elements go through the vector body and which through the scalar tail then depends on n
+// alone, so the same operation on a copy of the data placed elsewhere gives the same bits.
 template <class T, class v = V<T>>
 void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
     constexpr long w = v::w;
@@ -328,7 +319,6 @@ void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
         im += xr * y[i + 1] + xi * y[i];
     };
     long i = 0;
-    for (const long h = 2 * to_line(x, n); i < h; i += 2) one(i);
     typename v::R p[4], q[4];
     for (int u = 0; u < 4; ++u) p[u] = q[u] = v::zero();
     for (; i + 4 * w <= len; i += 4 * w)
@@ -363,7 +353,6 @@ void caxpy(long n, const T* a, const T* x, T* y) {
         y[i + 1] += a[0] * xi + a[1] * xr;
     };
     long i = 0;
-    for (const long h = 2 * to_line(y, n); i < h; i += 2) one(i);
     for (; i + 4 * w <= len; i += 4 * w)
         for (int u = 0; u < 4; ++u) {
             const auto x0 = v::load(x + i + u * w);
@@ -387,7 +376,6 @@ void cscal(long n, const T* a, T* x) {
         x[i + 1] = a[0] * xi + a[1] * xr;
     };
     long i = 0;
-    for (const long h = 2 * to_line(x, n); i < h; i += 2) one(i);
     for (; i + 4 * w <= len; i += 4 * w)
         for (int u = 0; u < 4; ++u) {
             const auto x0 = v::load(x + i + u * w);
@@ -511,7 +499,6 @@ void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
         im += cr * x[i + 1] - ci * x[i];
     };
     long i = 0;
-    for (const long h = 2 * to_line(y, n); i < h; i += 2) one(i);
     typename v::R p[2] = {v::zero(), v::zero()}, r[2] = {v::zero(), v::zero()};
     for (; i + 2 * w <= len; i += 2 * w)
         for (int u = 0; u < 2; ++u) {
