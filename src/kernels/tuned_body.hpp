@@ -304,9 +304,19 @@ auto sum_diff(typename v::R a) {
     return v::sum(v::mul(a, pairs<v>(1, -1)));
 }
 
-// The complex streaming loops start at element 0 whatever the arrays' alignment: which
-// elements go through the vector body and which through the scalar tail then depends on n
-// alone, so the same operation on a copy of the data placed elsewhere gives the same bits.
+// Complex elements at p before the next 64-byte boundary (at most n). Wide loads and stores
+// that straddle two cache lines cost twice, and the caller's arrays are rarely aligned to
+// more than 16 bytes, so the element-wise loops (axpy, scal) start at a boundary of the array
+// they store to; their scalar steps make exactly the fused operations of a vector lane, so an
+// element's bits do not depend on where the array lies. Sums start at element 0: a peel would
+// change their order with the alignment.
+template <class T>
+long to_line(const T* p, long n) {
+    const auto skip = static_cast<long>((64 - reinterpret_cast<unsigned long>(p) % 64) % 64);
+    if (skip % static_cast<long>(2 * sizeof(T)) != 0) return 0;
+    const long k = skip / static_cast<long>(2 * sizeof(T));
+    return k < n ? k : n;
+}
 template <class T, class v = V<T>>
 void cdot(long n, const T* x, const T* y, bool conj_x, T* out) {
     constexpr long w = v::w;
@@ -347,12 +357,13 @@ void caxpy(long n, const T* a, const T* x, T* y) {
     constexpr long w = v::w;
     const long len = 2 * n;
     const auto ar = v::set1(a[0]), ai = pairs<v>(-a[1], a[1]);
-    auto one = [&](long i) {
+    auto one = [&](long i) {  // as a vector lane: fma(-ai, xi, fma(ar, xr, yr)), ...
         const T xr = x[i], xi = x[i + 1];
-        y[i] += a[0] * xr - a[1] * xi;
-        y[i + 1] += a[0] * xi + a[1] * xr;
+        y[i] = std::fma(-a[1], xi, std::fma(a[0], xr, y[i]));
+        y[i + 1] = std::fma(a[1], xr, std::fma(a[0], xi, y[i + 1]));
     };
     long i = 0;
+    for (const long h = 2 * to_line(y, n); i < h; i += 2) one(i);
     for (; i + 4 * w <= len; i += 4 * w)
         for (int u = 0; u < 4; ++u) {
             const auto x0 = v::load(x + i + u * w);
@@ -370,12 +381,13 @@ void cscal(long n, const T* a, T* x) {
     constexpr long w = v::w;
     const long len = 2 * n;
     const auto ar = v::set1(a[0]), ai = pairs<v>(-a[1], a[1]);
-    auto one = [&](long i) {
+    auto one = [&](long i) {  // as a vector lane: fma(-ai, xi, ar * xr), ...
         const T xr = x[i], xi = x[i + 1];
-        x[i] = a[0] * xr - a[1] * xi;
-        x[i + 1] = a[0] * xi + a[1] * xr;
+        x[i] = std::fma(-a[1], xi, a[0] * xr);
+        x[i + 1] = std::fma(a[1], xr, a[0] * xi);
     };
     long i = 0;
+    for (const long h = 2 * to_line(x, n); i < h; i += 2) one(i);
     for (; i + 4 * w <= len; i += 4 * w)
         for (int u = 0; u < 4; ++u) {
             const auto x0 = v::load(x + i + u * w);
