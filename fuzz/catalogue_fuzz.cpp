@@ -62,18 +62,6 @@ void look_up(long code) {
     sink = sink + std::strlen(qnum::catalogue::code_name(code));
 }
 
-// A run of five digits: a placeholder's format may then ask for a field hundreds of millions
-// of characters wide, which the formatter builds and the word wrapper crosses line by line
-// (fuzz/crashes/catalogue-1). Such templates are only looked up, not printed, so that the
-// search goes on.
-bool wide_field(const char* t) {
-    for (int run = 0; *t; ++t) {
-        run = (*t >= '0' && *t <= '9') ? run + 1 : 0;
-        if (run >= 5) return true;
-    }
-    return false;
-}
-
 // A warning of `code` with every kind of substitution, printed (to nowhere): the printer
 // fills the template read from the file.
 void report(long code) {
@@ -114,7 +102,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (std::size_t i = 0; i < count && i < 16; ++i) {
             look_up(codes[i]);
             look_up(codes[i] + 100000);  // the same record through the code's wider form
-            if (i < 3 && !wide_field(message_template(codes[i]))) report(codes[i]);
+            if (i < 3) report(codes[i]);
         }
     }
     for (long code : {0L, 103L, 4242L, 65535L, 99999L, -1L}) look_up(code);
