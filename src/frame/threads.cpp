@@ -31,6 +31,8 @@ void on_fork_child() {
 
 std::atomic<long> granted{0};
 
+__thread int team_work __attribute__((tls_model("initial-exec"))) = 0;
+
 int read_configuration() {
     pthread_atfork(nullptr, nullptr, on_fork_child);
     return from_environment();
@@ -85,9 +87,12 @@ void set_for_tests(int count) { override_count.store(count > 0 ? count : 0, std:
 
 long teams_granted() { return granted.load(std::memory_order_relaxed); }
 
+TeamWork::TeamWork() { ++team_work; }
+TeamWork::~TeamWork() { --team_work; }
+
 Claim::Claim(int wanted) {
     configured();  // the fork hook is in place before any team starts
-    if (wanted <= 1 || omp_get_level() > 0 || forked_child.load(std::memory_order_relaxed)) return;
+    if (wanted <= 1 || team_work > 0 || omp_get_level() > 0 || forked_child.load(std::memory_order_relaxed)) return;
     int expected = 0;
     if (!team_busy.compare_exchange_strong(expected, 1, std::memory_order_acquire)) return;
     held_ = true;

@@ -29,6 +29,16 @@ long teams_granted();
 // at a time: a second caller thread that enters while the first is inside, a call made from
 // inside any parallel region (the caller's own or one of ours), and every call in a child
 // process forked after the library had started threads get a single thread.
+// Marks the calling thread as working for a team while it lives: claims made meanwhile get a
+// single thread.
+class TeamWork {
+public:
+    TeamWork();
+    ~TeamWork();
+    TeamWork(const TeamWork&) = delete;
+    TeamWork& operator=(const TeamWork&) = delete;
+};
+
 class Claim {
 public:
     // Asks for up to `wanted` threads; count() says how many were granted (at least 1).
