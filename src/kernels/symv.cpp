@@ -14,6 +14,51 @@ struct Seg {
     T d;
 };
 
+// Unit strides on a tuned path: columns j and j+1 take one pass over the rows they share, and
+// each one's rows outside that range a pass of their own.
+template <class T, class Column>
+void hermitian_pairs(int n, T alpha, const T* x, T* y, Column column, const tuned::ComplexOps<Real<T>>& ops) {
+    // t * col over rows [from, to) of s into y, and the dot of those rows with x into *dot.
+    auto piece = [&](const Seg<T>& s, idx from, idx to, const T& t, T& dot) {
+        if (to <= from) return;
+        Real<T> out[2];
+        ops.axpy_dotc(to - from, reals(&t), reals(s.p + (from - s.i0)), reals(x + from), reals(y + from), out);
+        dot += T(out[0], out[1]);
+    };
+    idx j = 0;
+    for (; j + 1 < n; j += 2) {
+        const Seg<T> s0 = column(j), s1 = column(j + 1);
+        const T t[2] = {mul(alpha, x[j]), mul(alpha, x[j + 1])};
+        T dot[2] = {};
+        const idx from = s0.i0 > s1.i0 ? s0.i0 : s1.i0;
+        const idx e0 = s0.i0 + s0.len, e1 = s1.i0 + s1.len;
+        const idx to = e0 < e1 ? e0 : e1;
+        if (to > from) {
+            Real<T> out[4];
+            ops.axpy_dotc2(to - from, reals(t), reals(s0.p + (from - s0.i0)), reals(s1.p + (from - s1.i0)),
+                           reals(x + from), reals(y + from), out);
+            dot[0] = T(out[0], out[1]);
+            dot[1] = T(out[2], out[3]);
+            piece(s0, s0.i0, from, t[0], dot[0]);
+            piece(s0, to, e0, t[0], dot[0]);
+            piece(s1, s1.i0, from, t[1], dot[1]);
+            piece(s1, to, e1, t[1], dot[1]);
+        } else {
+            piece(s0, s0.i0, e0, t[0], dot[0]);
+            piece(s1, s1.i0, e1, t[1], dot[1]);
+        }
+        y[j] += mul(t[0], real_part(s0.d)) + mul(alpha, dot[0]);
+        y[j + 1] += mul(t[1], real_part(s1.d)) + mul(alpha, dot[1]);
+    }
+    if (j < n) {
+        const Seg<T> s = column(j);
+        const T t = mul(alpha, x[j]);
+        T dot{};
+        piece(s, s.i0, s.i0 + s.len, t, dot);
+        y[j] += mul(t, real_part(s.d)) + mul(alpha, dot);
+    }
+}
+
 // One pass over the stored triangle, column by column: each stored a(i,j) off the diagonal
 // contributes a(i,j) x(j) to y(i) and conj(a(i,j)) x(i) to y(j), so A is read once. The
 // layouts differ only in where column j lives (`column`).
@@ -24,28 +69,20 @@ void hermitian_product(int n, T alpha, const T* x, int incx, T beta, T* y, int i
     if (alpha == T(0)) return;
     const T* xp = x + first(n, incx);
     T* yp = y + first(n, incy);
-    // Complex columns with unit strides take one pass for both the update and the dot product.
-    const tuned::ComplexOps<Real<T>>* fused = nullptr;
+    // Complex columns with unit strides go to the tuned table, two at a time.
     if constexpr (is_complex_v<T>) {
-        if (incx == 1 && incy == 1) fused = tuned::complex_ops<Real<T>>();
+        if (incx == 1 && incy == 1) {
+            if (const auto* fused = tuned::complex_ops<Real<T>>()) {
+                hermitian_pairs(n, alpha, xp, yp, column, *fused);
+                return;
+            }
+        }
     }
     for (idx j = 0; j < n; ++j) {
         const Seg<T> s = column(j);
         const T t1 = mul(alpha, xp[j * incx]);
-        T t2{};
-        bool done = false;
-        if constexpr (is_complex_v<T>) {
-            if (fused && s.len > 0) {
-                Real<T> out[2];
-                fused->axpy_dotc(s.len, reals(&t1), reals(s.p), reals(xp + s.i0), reals(yp + s.i0), out);
-                t2 = T(out[0], out[1]);
-                done = true;
-            }
-        }
-        if (!done) {
-            col_axpy(s.len, t1, s.p, yp + s.i0 * incy, incy);
-            t2 = col_dot(s.len, s.p, xp + s.i0 * incx, incx, true);
-        }
+        col_axpy(s.len, t1, s.p, yp + s.i0 * incy, incy);
+        const T t2 = col_dot(s.len, s.p, xp + s.i0 * incx, incx, true);
         yp[j * incy] += mul(t1, real_part(s.d)) + mul(alpha, t2);
     }
 }
