@@ -100,6 +100,17 @@ struct Row {
 };
 const std::vector<Row>& rows();  // the public routines other than the kernels (bad_input_test.cpp)
 extern bool wiggly_integrands;   // the quadrature rows integrate enough wiggles to need the heap
+// The bad-input sweep: every row's and kernel's call, each judged ("" when it behaved).
+struct Verdict {
+    double r;
+    Outcome o;
+    std::string bad;
+};
+struct SweepCall {
+    std::string name, what;
+    std::function<Verdict()> run;
+};
+const std::vector<SweepCall>& sweep();
 
 // ---- the kernels, called from the prototypes of the header's kernel sections ----
 // Parameter kinds: i int, n int by address (a size), f float, d double, s option string,
