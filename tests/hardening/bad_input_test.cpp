@@ -112,7 +112,8 @@ template <class T> T wiggle_decay(T x) { return std::exp(-x) * (std::cos(T(30) *
 template <class T> T quadratic(T x) { return x * x - 2; }
 template <class T> T* xs() { static T x[6] = {1, 0, 0.5, 1.5, 2, 2.5}; return x; }  // unsorted
 template <class T> T* fs() { static T f[6] = {1, 0, 0.25, 2.25, 4, 6.25}; return f; }
-template <class P> double summary(P* p, double v) { return p == nullptr ? nan : v; }
+// A result handed back: NaN for NULL, else v; freed.
+template <class P> double summary(P* p, double v = 0) { return qnum_free_allocated_memory(p), p == nullptr ? nan : v; }
 double done() { return qnum_n1rty(1) >= 4 || qnum_n1rty(0) >= 4 ? nan : 0; }  // nothing after a failure
 template <class T> T num(double v) {
     if constexpr (std::is_arithmetic_v<T>) return static_cast<T>(v);
@@ -130,58 +131,46 @@ double integral(double a, double b, Qnum_d_ppoly* pp) { return qnum_d_cub_spline
 // The solvers with a factor and an inverse handed back: after a failure none of them is.
 template <class T, auto fn, int definite>
 double solve(const Probe& p) {
-    T a[9], b[3], *fac = nullptr, *inv = nullptr;
+    T a[9], b[3] = {num<T>(1), num<T>(1), num<T>(1)}, *fac = nullptr, *inv = nullptr;
     int* pvt = nullptr;
-    for (int i = 0; i < 9; ++i) a[i] = num<T>(i % 4 == 0 ? 4 : 1);
-    for (int i = 0; i < 3; ++i) b[i] = num<T>(1);
-    a[4] = num<T>(p.v(4.0));
+    for (int i = 0; i < 9; ++i) a[i] = num<T>(i == 4 ? p.v(4.0) : i % 4 == 0 ? 4 : 1);
     const int n = p.n(3);
     T *pa = p.p(a), *pb = p.p(b), **pf = p.p(&fac), **pi = p.p(&inv);
     T* x = definite ? fn(n, pa, pb, QNUM_FACTOR, pf, QNUM_INVERSE, pi, 0)
                     : fn(n, pa, pb, QNUM_FACTOR, p.p(&pvt), pf, QNUM_INVERSE, pi, 0);
     EXPECT_TRUE(x || (!fac && !inv && !pvt)) << "results handed back after a failure";
-    const double r = summary(x, x ? re(x[0]) : 0);
-    for (void* q : {(void*)x, (void*)fac, (void*)inv, (void*)pvt}) qnum_free_allocated_memory(q);
-    return r;
+    for (void* q : {(void*)fac, (void*)inv, (void*)pvt}) qnum_free_allocated_memory(q);
+    return summary(x, x ? re(x[0]) : 0);
 }
 template <class T, auto fn, int>
-double transpose(const Probe& p) {
+double transpose(const Probe& p) {  // in place: through a copy when there is memory for one
     T a[6] = {};
     const int rows = p.small(2), cols = p.small(3);
     T* pa = p.p(a);
-    fn(rows, cols, pa, p.p(a));  // in place: through a copy when there is memory for one
-    return done();
+    return fn(rows, cols, pa, p.p(a)), done();
 }
 // Spline builders (what -1), the value (0), a grid of values (1), the integral (2).
 template <class T, auto fn, int what>
 double spline(const Probe& p) {
     static auto* pp = interp(xs<T>(), fs<T>());
+    T x[6], f[6], *out = nullptr;
+    std::copy(xs<T>(), xs<T>() + 6, x), std::copy(fs<T>(), fs<T>() + 6, f);
     if constexpr (what == -1) {
-        T x[6], f[6];
-        std::copy(xs<T>(), xs<T>() + 6, x);
-        std::copy(fs<T>(), fs<T>() + 6, f);
-        x[3] = p.v(x[3]);
-        f[3] = p.v(f[3]);
+        x[3] = p.v(x[3]), f[3] = p.v(f[3]);
         const int n = p.n(6);
         T* px = p.p(x);
         auto* q = fn(n, px, p.p(f), 0);
-        const double r = q ? integral(T(0), T(2.5), q) : nan;
-        qnum_free_allocated_memory(q);
-        return r;
+        return summary(q, q ? integral(T(0), T(2.5), q) : 0);
     } else if constexpr (what == 0) {
-        const T x = p.v(T(1));
-        const int deriv = p.n(1);
-        return fn(x, p.p(pp), QNUM_DERIV, deriv, 0);
+        const T at = p.v(T(1));
+        return fn(at, p.p(pp), QNUM_DERIV, p.n(1), 0);
     } else if constexpr (what == 1) {
-        T xv[3] = {0.5, 1, 2}, *out = nullptr;
-        xv[1] = p.v(xv[1]);
+        T xv[3] = {0.5, p.v(T(1)), 2};
         const int n = p.small(3);
         auto* q = p.p(pp);
-        T* pxv = p.p(xv);
-        fn(T(0), q, QNUM_GRID, n, pxv, p.p(&out), 0);
-        const double s = out ? out[1] : nan;
-        qnum_free_allocated_memory(out);
-        return s;
+        T* px = p.p(xv);
+        fn(T(0), q, QNUM_GRID, n, px, p.p(&out), 0);
+        return summary(out, out ? out[1] : 0);
     } else {
         const T a = p.v(T(0)), b = p.v(T(2));
         return fn(a, b, p.p(pp));
@@ -191,9 +180,8 @@ template <class T, auto fn, int>
 double create(const Probe& p) {
     int order[1] = {4}, nbp[1] = {5};
     const int domain = p.small(1), target = p.n(1);
-    auto* pp = fn(domain, target, p.p(order), p.p(nbp), 0);
-    qnum_free_allocated_memory(pp);
-    return summary(pp, 0);
+    int* po = p.p(order);
+    return summary(fn(domain, target, po, p.p(nbp), 0));
 }
 // The quadrature members by their shapes: 0 [a, b], 1 a half line, 2 and 3 weighted by
 // sin or cos, 4 Cauchy, 5 break points, 6 algebraic-logarithmic, 7 no options.
@@ -223,9 +211,7 @@ double zeros(const Probe& p) {
     const int roots = p.small(1), evals = p.n(100);
     T (*f)(T) = p.p(quadratic<T>);
     T* z = fn(f, QNUM_NUM_ROOTS, roots, QNUM_MAX_EVALS, evals, QNUM_XGUESS, p.p(guess), 0);
-    const double r = summary(z, z ? z[0] : 0);
-    qnum_free_allocated_memory(z);
-    return r;
+    return summary(z, z ? z[0] : 0);
 }
 template <class T, auto fn, int>
 double lp(const Probe& p) {
@@ -236,9 +222,7 @@ double lp(const Probe& p) {
     m.matrix_row = p.p(rows), m.matrix_column = p.p(cols), m.matrix_value = p.p(values);
     m.objective = p.p(obj), m.rhs = p.p(rhs), m.row_type = p.p(type);
     T* x = fn(p.p(&m), 0);
-    const double r = summary(x, x ? x[0] : 0);
-    qnum_free_allocated_memory(x);
-    return r;
+    return summary(x, x ? x[0] : 0);
 }
 // One, two or three arguments; k = 12 for the one-argument routines defined from 10 up.
 template <class T, auto fn, int k>
@@ -256,21 +240,19 @@ double erfe(const Probe& p) {
     const T r = fn(T{x, p.v(0.25f)});
     return std::isnan(r.re) || std::isnan(r.im) ? nan : r.re;
 }
-template <class T, auto fn, int>  // the int is the outcome's type, so the machine value is not judged
+template <class T, auto fn, int>  // the outcome only: some return a value after their error
 double machine(const Probe& p) {
     forget();
-    fn(p.n(1));
-    return outcome().type >= 4 ? nan : 0;
+    return fn(p.n(1)), outcome().type >= 4 ? nan : 0;
 }
-template <class T, auto init, int>
+template <class T, auto init, int>  // the count, then the series: NaN after an error of either
 double series(const Probe& p) {
     static const T cs[4] = {T(1), T(0.5), T(0.01), T(1e-9)};
     const int n = p.small(4), m = p.n(3);
-    const T* c1 = p.p(cs);
-    const int terms = init(c1, n, T(1e-6));
+    const int terms = init(p.p(cs), n, T(1e-6));
     p.after();
     const T x = p.v(T(0.5));
-    double v;  // NaN after its own failure; the count has none
+    double v;
     if constexpr (std::is_same_v<T, float>) v = qnum_csevl(x, p.p(cs), m);
     else v = qnum_dcsevl(x, p.p(cs), m);
     return outcome().type < 4 && p.worst.type >= 4 ? nan : v + terms;
@@ -280,13 +262,12 @@ double draw(const Probe& p) {
     T r[4];
     const int n = p.n(4);  // the caller's array holds 4: larger requests are allocated
     T* x = n <= 4 ? fn(n, QNUM_RETURN_USER, p.p(r), 0) : fn(n, 0);
-    if (x != r) qnum_free_allocated_memory(x);
-    return summary(x, 0);
+    return x == r ? 0 : summary(x);
 }
-template <class T, auto fill, int>
+template <class T, auto fill, int>  // the option, the table and the numbers: NaN after any error
 double draw_into(const Probe& p) {
     T r[4], t[128];
-    for (T& v : t) v = T(0.5);
+    std::fill(t, t + 128, T(0.5));
     t[7] = p.v(T(0.25));
     qnum_random_option(p.n(2));
     p.after();
@@ -328,8 +309,8 @@ const std::vector<Row>& rows() {
         FD(beta, special, 2, {}, 0), FD(log_beta, special, 2, {}, -inf), FD(gamma_incomplete, special, 2),
         FD(beta_incomplete, special, 3), CZ(erfe, erfe, 0), FD(machine, machine, 0), PAIR(int, qnum_amach, int, qnum_dmach, machine, 0),
         {"qnum_i_machine", machine<int, qnum_i_machine, 0>, {}, nan, nan, 1}, {"qnum_random_option", machine<int, qnum_random_option, 0>},
-        {"qnum_version", [](const Probe& p) { char* s = qnum_version(p.n(QNUM_OS_VERSION)); qnum_free_allocated_memory(s); return summary(s, 0); }, {201}},
-        {"qnum_umach", [](const Probe& p) { FILE* f = nullptr; const int u = p.n(3); qnum_umach(u, p.p(&f)); return summary(f, 0); }},
+        {"qnum_version", [](const Probe& p) { return summary(qnum_version(p.n(QNUM_OS_VERSION))); }, {201}},
+        {"qnum_umach", [](const Probe& p) { FILE* f = nullptr; const int u = p.n(3); qnum_umach(u, p.p(&f)); return f ? 0 : nan; }},
         {"qnum_error_options", [](const Probe& p) { int v = -1; const int t = p.n(3); qnum_error_options(QNUM_GET_PRINT, t, p.p(&v), 0); return v == -1 ? nan : v; }},
         {"qnum_d_read_mps", [](const Probe& p) {
              static const std::string path = [] {  // a small linear programme
@@ -342,8 +323,8 @@ const std::vector<Row>& rows() {
                  return name;
              }();
              Qnum_d_mps* m = qnum_d_read_mps(p.p(path.c_str()), 0);
-             qnum_d_mps_free(m);
-             return summary(m, 0);
+             const double r = m ? 0 : nan;
+             return qnum_d_mps_free(m), r;
          }, {200, 201}},
     };
     return t;
