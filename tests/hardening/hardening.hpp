@@ -111,6 +111,12 @@ struct SweepCall {
     std::function<Verdict()> run;
 };
 const std::vector<SweepCall>& sweep();
+// The error-stack primitives and helpers that no sweep row calls.
+inline const std::set<std::string> primitives = {
+    "qnum_e1psh", "qnum_e1pop", "qnum_ermes", "qnum_e1mes", "qnum_e1sti", "qnum_e1str", "qnum_e1std", "qnum_e1stc",
+    "qnum_e1stz", "qnum_e1stl", "qnum_n1rty", "qnum_n1rcd", "qnum_20305", "qnum_e1pos", "qnum_e1usr", "qnum_set_at_checksum",
+    "qnum_skip_signal_handler", "qnum_free_allocated_memory", "qnum_ifnan", "qnum_difnan", "qnum_tuned_path",
+    "qnum_random_seed_set", "qnum_random_seed_get", "qnum_d_mps_free", "qnum_rnses", "qnum_drnses", "qnum_csevl", "qnum_dcsevl"};
 
 // ---- the kernels, called from the prototypes of the header's kernel sections ----
 // Parameter kinds: i int, n int by address (a size), f float, d double, s option string,
