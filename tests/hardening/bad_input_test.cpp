@@ -304,13 +304,13 @@ const std::vector<Row>& rows() {
         FD(linear_programming, lp, 0, {201}, 0, 0), FD(random_uniform, draw, 0, {}, nan, nan, 1),
         PAIR(float, qnum_rnun, double, qnum_drnun, draw_into, 0, {}, nan, nan, 0, false),
         PAIR(float, qnum_inits, double, qnum_initds, series, 0, {}, nan, nan, 0, false),
-        FD(erf, special, 1, {}, 1, -1), FD(erfc, special, 1, {}, 0, 2), FD(erf_inverse, special, 1), FD(erfc_inverse, special, 1),
+        FD(erf, special, 1, {200}, 1, -1), FD(erfc, special, 1, {200}, 0, 2), FD(erf_inverse, special, 1), FD(erfc_inverse, special, 1),
         FD(gamma, special, 1), FD(log_gamma, special, 1), PAIR(float, qnum_r9lgmc, double, qnum_d9lgmc, special, 12, {}, 0),
         FD(beta, special, 2, {}, 0), FD(log_beta, special, 2, {}, -inf), FD(gamma_incomplete, special, 2),
         FD(beta_incomplete, special, 3), CZ(erfe, erfe, 0), FD(machine, machine, 0), PAIR(int, qnum_amach, int, qnum_dmach, machine, 0),
-        {"qnum_i_machine", machine<int, qnum_i_machine, 0>, {}, nan, nan, 1}, {"qnum_random_option", machine<int, qnum_random_option, 0>},
+        {"qnum_i_machine", machine<int, qnum_i_machine, 0>, {}, nan, nan, 1}, {"qnum_random_option", machine<int, qnum_random_option, 0>, {200}},
         {"qnum_version", [](const Probe& p) { return summary(qnum_version(p.n(QNUM_OS_VERSION))); }, {201}},
-        {"qnum_umach", [](const Probe& p) { FILE* f = nullptr; const int u = p.n(3); qnum_umach(u, p.p(&f)); return f ? 0 : nan; }},
+        {"qnum_umach", [](const Probe& p) { FILE* f = nullptr; const int u = p.n(3); qnum_umach(u, p.p(&f)); return f ? 0 : nan; }, {200}},
         {"qnum_error_options", [](const Probe& p) { int v = -1; const int t = p.n(3); qnum_error_options(QNUM_GET_PRINT, t, p.p(&v), 0); return v == -1 ? nan : v; }},
         {"qnum_d_read_mps", [](const Probe& p) {
              static const std::string path = [] {  // a small linear programme

@@ -4,17 +4,13 @@
 #pragma once
 
 #include <gtest/gtest.h>
-
 #include <unistd.h>
 
 #include <climits>
 #include <cmath>
-#include <cstdio>
 #include <functional>
 #include <set>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "qnum_test.hpp"
 
@@ -34,8 +30,10 @@ void set_size_cap(std::size_t bytes);  // larger requests fail in every thread (
 // Runs fn here, in a fresh thread, or in a fresh thread of a child process, and returns what
 // fn returns (0-99); fn's complaints land in *msg, a child's (status >= 100) with its stderr.
 enum Where { here, thread, child };
-inline int isolated(Where w, const std::function<int(std::string&)>& fn, std::string* msg) {
+inline int isolated(Where w, const std::function<int(std::string&)>& fn, std::string* msg = nullptr) {
+    std::string ignored;
     int r = 0;
+    if (msg == nullptr) msg = &ignored;
     auto body = [&] { r = fn(*msg); };
     if (w == here) body();
     if (w == thread) std::thread(body).join();
@@ -54,9 +52,7 @@ inline int isolated(Where w, const std::function<int(std::string&)>& fn, std::st
 // Error state of the call made last. Routines outside the frame (the kernels, qnum_umach)
 // push no level when they succeed and raise at the caller's level: forget() clears both
 // before a call, and outcome() reads both.
-struct Outcome {
-    int type, code;
-};
+struct Outcome { int type, code; };
 inline void forget() {
     qnum_e1mes(0, 0, nullptr);
     qnum_d_machine(1);
@@ -81,10 +77,7 @@ struct Probe {
         if (kind == none) small_mask |= 1u << sizes;
         return kind == size && bad > 0 ? (++sizes, good) : n(good);
     }
-    void after() const {
-        const Outcome o = outcome();
-        if (o.type > worst.type) worst = o;
-    }
+    void after() const { worst = outcome().type > worst.type ? outcome() : worst; }
     template <class P> P* p(P* good) const { return ++ptrs == which && kind == null ? nullptr : good; }
     template <class T> T v(T good) const { return ++values == which && kind == value ? T(bad) : good; }
 };
@@ -93,7 +86,7 @@ constexpr double nan = NAN, inf = INFINITY;
 struct Row {
     std::string name;
     std::function<double(const Probe&)> call;  // NaN for a NaN or NULL result
-    std::set<int> oom = {};  // allocates on every call: the codes of a failed allocation ({0}: copes)
+    std::set<int> oom = {};  // allocates: the codes of a failed allocation ({0}: copes; {200}: once per thread)
     double at_inf = nan, at_minus_inf = nan;  // the true limits, when the routine has them
     unsigned counts = 0;  // sizes (bit which-1) for which any value >= 0 is valid input
     bool huge = true;     // sizes beyond any array are probed: the size is checked or allocated first
@@ -101,15 +94,8 @@ struct Row {
 const std::vector<Row>& rows();  // the public routines other than the kernels (bad_input_test.cpp)
 extern bool wiggly_integrands;   // the quadrature rows integrate enough wiggles to need the heap
 // The bad-input sweep: every row's and kernel's call, each judged ("" when it behaved).
-struct Verdict {
-    double r;
-    Outcome o;
-    std::string bad;
-};
-struct SweepCall {
-    std::string name, what;
-    std::function<Verdict()> run;
-};
+struct Verdict { double r; Outcome o; std::string bad; };
+struct SweepCall { std::string name, what; std::function<Verdict()> run; };
 const std::vector<SweepCall>& sweep();
 // The error-stack primitives and helpers that no sweep row calls.
 inline const std::set<std::string> primitives = {
