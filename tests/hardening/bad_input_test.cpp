@@ -10,6 +10,8 @@
 #include <fstream>
 #include <algorithm>
 #include <memory>
+#include <regex>
+#include <sstream>
 
 #include "hardening.hpp"
 
@@ -33,23 +35,16 @@ const std::vector<Proto>& prototypes() {
             Proto p;
             p.name = decl.substr(decl.rfind("qnum_", open), open - decl.rfind("qnum_", open));
             p.kernel = section.find("kernels") != std::string::npos;
-            std::vector<std::string> params(1);
-            for (std::size_t i = open + 1, depth = 0; i < close; ++i)  // split at top-level commas
-                if (decl[i] == ',' && depth == 0) params.emplace_back();
-                else depth += (decl[i] == '(') - (decl[i] == ')'), params.back() += decl[i];
-            for (std::string q : params) {
-                if (q.find("[]") != std::string::npos) q.replace(q.find("[]"), 2, "*");
-                const auto end = q.find_last_not_of(' ') + 1, start = q.find_last_of(" *", end - 1) + 1;
-                const std::string name = q.substr(start, end - start), type = q.substr(0, start);
-                const bool ptr = type.find('*') != std::string::npos, is_const = type.find("const") != std::string::npos;
-                auto is = [&](const char* t) { return type.find(t) != std::string::npos; };
-                if (q.find_first_not_of(' ') == std::string::npos || q == "void") continue;
-                char kind = '?';
-                if (q.find('(') != std::string::npos || q.find("...") != std::string::npos || type.find("**") != std::string::npos) kind = '?';
-                else if (ptr) kind = is("char") ? 's' : is("int") && name != "x" && name != "y" ? 'n' : 'a';
-                else kind = is("int") ? 'i' : is("float") ? 'f' : is("double") ? 'd' : '?';
-                p.kinds += kind;
-                p.out.push_back(ptr && !is_const);
+            static const std::regex param(R"(\s*(const\s+)?(\w+)\s*(\*?)\s*(\w+)\s*(\[\])?\s*)");
+            std::stringstream list(decl.substr(open + 1, close - open - 1));
+            std::smatch m;
+            for (std::string q; std::getline(list, q, ',');) {  // a function pointer or "..." is kind '?'
+                if (q == "void") continue;
+                const bool known = std::regex_match(q, m, param), ptr = known && (m[3].length() || m[5].length());
+                const std::string base = m[2], name = m[4];
+                p.kinds += !known ? '?' : ptr ? (base == "char" ? 's' : base == "int" && name != "x" && name != "y" ? 'n' : 'a')
+                                 : base == "int" ? 'i' : base == "float" ? 'f' : base == "double" ? 'd' : '?';
+                p.out.push_back(ptr && !m[1].length());
             }
             v.push_back(p);
             decl.clear();
