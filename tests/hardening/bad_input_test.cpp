@@ -110,11 +110,7 @@ template <class T> T* fs() { static T f[6] = {1, 0, 0.25, 2.25, 4, 6.25}; return
 // A result handed back: NaN for NULL, else v; freed.
 template <class P> double summary(P* p, double v = 0) { return qnum_free_allocated_memory(p), p == nullptr ? nan : v; }
 double done() { return qnum_n1rty(1) >= 4 || qnum_n1rty(0) >= 4 ? nan : 0; }  // nothing after a failure
-template <class T> T num(double v) {
-    if constexpr (std::is_arithmetic_v<T>) return static_cast<T>(v);
-    else return T{static_cast<decltype(T{}.re)>(v), 0};
-}
-template <class T> double re(T v) {
+template <class T> auto& re(T& v) {  // the real part
     if constexpr (std::is_arithmetic_v<T>) return v;
     else return v.re;
 }
@@ -126,9 +122,9 @@ double integral(double a, double b, Qnum_d_ppoly* pp) { return qnum_d_cub_spline
 // The solvers with a factor and an inverse handed back: after a failure none of them is.
 template <class T, auto fn, int definite>
 double solve(const Probe& p) {
-    T a[9], b[3] = {num<T>(1), num<T>(1), num<T>(1)}, *fac = nullptr, *inv = nullptr;
+    T a[9] = {}, b[3] = {}, *fac = nullptr, *inv = nullptr;
     int* pvt = nullptr;
-    for (int i = 0; i < 9; ++i) a[i] = num<T>(i == 4 ? p.v(4.0) : i % 4 == 0 ? 4 : 1);
+    for (int i = 0; i < 9; ++i) re(a[i]) = i == 4 ? p.v(4.0) : i % 4 == 0 ? 4 : 1, re(b[i % 3]) = 1;
     const int n = p.n(3);
     T *pa = p.p(a), *pb = p.p(b), **pf = p.p(&fac), **pi = p.p(&inv);
     T* x = definite ? fn(n, pa, pb, QNUM_FACTOR, pf, QNUM_INVERSE, pi, 0)
@@ -222,12 +218,10 @@ double lp(const Probe& p) {
 // One, two or three arguments; k = 12 for the one-argument routines defined from 10 up.
 template <class T, auto fn, int k>
 double special(const Probe& p) {
-    const T x = p.v(T(k == 12 ? 12 : k == 3 ? 0.5 : 0.75));
-    if constexpr (k == 2) return fn(x, p.v(T(1.5)));
-    else if constexpr (k == 3) {
-        const T a = p.v(T(1.5));
-        return fn(x, a, p.v(T(2)));
-    } else return fn(x);
+    const T x = p.v(T(k == 12 ? 12 : k == 3 ? 0.5 : 0.75)), a = k == 2 || k == 3 ? p.v(T(1.5)) : T(0);
+    if constexpr (k == 2) return fn(x, a);
+    else if constexpr (k == 3) return fn(x, a, p.v(T(2)));
+    else return fn(x);
 }
 template <class T, auto fn, int>
 double erfe(const Probe& p) {
