@@ -10,7 +10,7 @@
 #include <fstream>
 #include <algorithm>
 #include <memory>
-#include <regex>
+#include <iterator>
 #include <sstream>
 
 #include "hardening.hpp"
@@ -35,16 +35,18 @@ const std::vector<Proto>& prototypes() {
             Proto p;
             p.name = decl.substr(decl.rfind("qnum_", open), open - decl.rfind("qnum_", open));
             p.kernel = section.find("kernels") != std::string::npos;
-            static const std::regex param(R"(\s*(const\s+)?(\w+)\s*(\*?)\s*(\w+)\s*(\[\])?\s*)");
             std::stringstream list(decl.substr(open + 1, close - open - 1));
-            std::smatch m;
             for (std::string q; std::getline(list, q, ',');) {  // a function pointer or "..." is kind '?'
                 if (q == "void") continue;
-                const bool known = std::regex_match(q, m, param), ptr = known && (m[3].length() || m[5].length());
-                const std::string base = m[2], name = m[4];
+                const long stars = std::count(q.begin(), q.end(), '*') + (q.find('[') != std::string::npos);
+                const bool known = q.find_first_of("(.") == std::string::npos && stars < 2, ptr = stars == 1;
+                std::replace_if(q.begin(), q.end(), [](char c) { return c == '*' || c == '[' || c == ']'; }, ' ');
+                std::istringstream words(q);
+                const std::vector<std::string> w{std::istream_iterator<std::string>(words), {}};
+                const std::string base = w.size() > 1 ? w[w.size() - 2] : "", name = w.empty() ? "" : w.back();
                 p.kinds += !known ? '?' : ptr ? (base == "char" ? 's' : base == "int" && name != "x" && name != "y" ? 'n' : 'a')
                                  : base == "int" ? 'i' : base == "float" ? 'f' : base == "double" ? 'd' : '?';
-                p.out.push_back(ptr && !m[1].length());
+                p.out.push_back(ptr && !w.empty() && w.front() != "const");
             }
             v.push_back(p);
             decl.clear();
@@ -116,6 +118,10 @@ template <class T> auto& re(T& v) {  // the real part
 }
 auto interp(float* x, float* f) { return qnum_f_cub_spline_interp(6, x, f, 0); }
 auto interp(double* x, double* f) { return qnum_d_cub_spline_interp(6, x, f, 0); }
+template <class T> auto* shared_spline() {  // made once, kept
+    static auto* pp = interp(xs<T>(), fs<T>());
+    return pp;
+}
 double integral(float a, float b, Qnum_f_ppoly* pp) { return qnum_f_cub_spline_integral(a, b, pp); }
 double integral(double a, double b, Qnum_d_ppoly* pp) { return qnum_d_cub_spline_integral(a, b, pp); }
 
@@ -143,7 +149,7 @@ double transpose(const Probe& p) {  // in place: through a copy when there is me
 // Spline builders (what -1), the value (0), a grid of values (1), the integral (2).
 template <class T, auto fn, int what>
 double spline(const Probe& p) {
-    static auto* pp = interp(xs<T>(), fs<T>());
+    auto* pp = what >= 0 ? shared_spline<T>() : nullptr;
     T x[6], f[6], *out = nullptr;
     std::copy(xs<T>(), xs<T>() + 6, x), std::copy(fs<T>(), fs<T>() + 6, f);
     if constexpr (what == -1) {
