@@ -59,10 +59,6 @@ const std::vector<Proto>& prototypes() {
 Kernel::Kernel(const Proto& p) : proto(&p), fn(dlsym(RTLD_DEFAULT, p.name.c_str())) {
     for (char c : p.kinds) n_ints += c == 'i' || c == 'n', n_strs += c == 's';
 }
-void Kernel::fill(double v) {
-    for (auto& a : arrays)
-        for (double& x : a) x = v;
-}
 // Integer-class arguments fill six registers and then the stack in order; float and double
 // scalars (never more than eight) take the vector registers, a float in the low half.
 void Kernel::call() {
