@@ -1,21 +1,17 @@
 // Shared by the hardening tests: control of the library's allocations (the wrappers live in
-// alloc_test.cpp), a caller that builds a kernel's arguments from its signature, and small
-// helpers over the precisions.
+// alloc_test.cpp), error outcomes, the bad-input probe and its routine table, and the kernels
+// of the public header called from their parsed prototypes.
 #pragma once
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <climits>
-#include <cstdio>
 #include <cmath>
-#include <cstddef>
 #include <functional>
 #include <set>
-#include <string>
 #include <thread>
-#include <tuple>
-#include <type_traits>
-#include <vector>
 
 #include "qnum_test.hpp"
 
@@ -29,40 +25,35 @@ public:
     ~AllocWatch();
     long long count() const;
 };
-// Blocks allocated through the library's malloc family and not yet freed, in all threads.
-long long live_blocks();
-// Requests larger than `bytes` fail in every thread (SIZE_MAX: none do).
-void set_size_cap(std::size_t bytes);
+long long live_blocks();  // blocks allocated by the library's malloc family and not yet freed
+void set_size_cap(std::size_t bytes);  // larger requests fail in every thread (SIZE_MAX: none)
 
-// A small linear programme in an MPS file, written once.
-inline std::string mps_path() {
-    static std::string path;
-    if (!path.empty()) return path;
-    path = ::testing::TempDir() + "hardening_tiny.mps";
-    std::FILE* f = std::fopen(path.c_str(), "w");
-    auto line = [f](const char* t, const char* a, const char* b, const char* v, const char* c = "",
-                    const char* w = "") { std::fprintf(f, " %-2s %-8s  %-8s  %12s   %-8s  %12s\n", t, a, b, v, c, w); };
-    std::fputs("NAME          TINY\nROWS\n N  COST\n L  LIM1\n G  LIM2\nCOLUMNS\n", f);
-    line("", "X1", "COST", "1.0", "LIM1", "1.0");
-    line("", "X1", "LIM2", "1.0");
-    line("", "X2", "COST", "2.0", "LIM1", "1.0");
-    line("", "X2", "LIM2", "1.0");
-    std::fputs("RHS\n", f);
-    line("", "RHS", "LIM1", "4.0", "LIM2", "1.0");
-    std::fputs("BOUNDS\n", f);
-    line("UP", "BND", "X1", "3.0");
-    std::fputs("ENDATA\n", f);
-    std::fclose(f);
-    return path;
+// Runs fn here, in a fresh thread, or in a fresh thread of a child process, and returns what
+// fn returns (0-99); fn's complaints land in *msg, a child's (status >= 100) with its stderr.
+enum Where { here, thread, child };
+inline int isolated(Where w, const std::function<int(std::string&)>& fn, std::string* msg = nullptr) {
+    std::string ignored;
+    int r = 0;
+    if (msg == nullptr) msg = &ignored;
+    auto body = [&] { r = fn(*msg); };
+    if (w == here) body();
+    if (w == thread) std::thread(body).join();
+    if (w != child) return r;
+    const int status = run_in_child([&] {
+        std::thread(body).join();
+        std::fputs(msg->c_str(), stderr);
+        std::fflush(stderr);
+        _exit(msg->empty() ? r : 100);
+    }, msg);
+    if (status < 100) msg->clear();
+    else *msg = "child status " + std::to_string(status) + ": " + *msg;
+    return status;
 }
-inline void in_thread(const std::function<void()>& fn) { std::thread(fn).join(); }
 
-// Error state of the call made last.
-struct Outcome {
-    int type, code;
-};
-// Routines outside the frame (the kernels, qnum_umach) push no level when they succeed and
-// raise at the caller's level: forget() clears both before a call, and outcome() reads both.
+// Error state of the call made last. Routines outside the frame (the kernels, qnum_umach)
+// push no level when they succeed and raise at the caller's level: forget() clears both
+// before a call, and outcome() reads both.
+struct Outcome { int type, code; };
 inline void forget() {
     qnum_e1mes(0, 0, nullptr);
     qnum_d_machine(1);
@@ -72,19 +63,6 @@ inline Outcome outcome() {
     return {qnum_n1rty(1), qnum_20305()};
 }
 
-// Precision helpers: T is float, double, qnum_f_complex or qnum_d_complex.
-template <class T> struct RealOf { using type = T; };
-template <> struct RealOf<qnum_f_complex> { using type = float; };
-template <> struct RealOf<qnum_d_complex> { using type = double; };
-template <class T> T num(double v) {
-    if constexpr (std::is_arithmetic_v<T>) return static_cast<T>(v);
-    else return T{static_cast<typename RealOf<T>::type>(v), 0};
-}
-template <class T> double re(T v) {
-    if constexpr (std::is_arithmetic_v<T>) return v;
-    else return v.re;
-}
-
 // One variant of a call. The row's body asks it for each size, pointer and value in turn;
 // the one the probe picks (counting from 1) comes back bad.
 struct Probe {
@@ -92,19 +70,15 @@ struct Probe {
     int which = 0;
     double bad = 0;
     mutable int sizes = 0, ptrs = 0, values = 0;
+    mutable unsigned small_mask = 0;
+    mutable Outcome worst{0, 0};  // rows that make several calls note each one's outcome
     int n(int good) const { return ++sizes == which && kind == size ? static_cast<int>(bad) : good; }
     // A size that the caller's arrays must match: probed with 0 and negatives only.
     int small(int good) const {
         if (kind == none) small_mask |= 1u << sizes;
         return kind == size && bad > 0 ? (++sizes, good) : n(good);
     }
-    mutable unsigned small_mask = 0;
-    // Rows that make several calls note each one's outcome: the worst one counts.
-    mutable Outcome worst{0, 0};
-    void after() const {
-        const Outcome o = outcome();
-        if (o.type > worst.type) worst = o;
-    }
+    void after() const { worst = outcome().type > worst.type ? outcome() : worst; }
     template <class P> P* p(P* good) const { return ++ptrs == which && kind == null ? nullptr : good; }
     template <class T> T v(T good) const { return ++values == which && kind == value ? T(bad) : good; }
 };
@@ -113,80 +87,46 @@ constexpr double nan = NAN, inf = INFINITY;
 struct Row {
     std::string name;
     std::function<double(const Probe&)> call;  // NaN for a NaN or NULL result
-    bool huge = true;          // sizes beyond any array are probed: the size is checked or allocated first
+    std::set<int> oom = {};  // allocates: the codes of a failed allocation ({0}: copes; {200}: once per thread)
     double at_inf = nan, at_minus_inf = nan;  // the true limits, when the routine has them
-    unsigned counts = 0;       // sizes (bit which-1) for which any value >= 0 is valid input
-    std::set<int> oom = {};    // allocates per call: the codes of a failed allocation ({0}: it copes)
+    unsigned counts = 0;  // sizes (bit which-1) for which any value >= 0 is valid input
+    bool huge = true;     // sizes beyond any array are probed: the size is checked or allocated first
 };
-// The public routines other than the kernels, one representative call each (bad_input_test.cpp).
-const std::vector<Row>& rows();
+const std::vector<Row>& rows();  // the public routines other than the kernels (bad_input_test.cpp)
+extern bool wiggly_integrands;   // the quadrature rows integrate enough wiggles to need the heap
+// The bad-input sweep: every row's and kernel's call, each judged ("" when it behaved).
+struct Verdict { double r; Outcome o; std::string bad; };
+struct SweepCall { std::string name, what; std::function<Verdict()> run; };
+const std::vector<SweepCall>& sweep();
+// The error-stack primitives and helpers that no sweep row calls.
+inline const std::set<std::string> primitives = {
+    "qnum_e1psh", "qnum_e1pop", "qnum_ermes", "qnum_e1mes", "qnum_e1sti", "qnum_e1str", "qnum_e1std", "qnum_e1stc",
+    "qnum_e1stz", "qnum_e1stl", "qnum_n1rty", "qnum_n1rcd", "qnum_20305", "qnum_e1pos", "qnum_e1usr", "qnum_set_at_checksum",
+    "qnum_skip_signal_handler", "qnum_free_allocated_memory", "qnum_ifnan", "qnum_difnan", "qnum_tuned_path",
+    "qnum_random_seed_set", "qnum_random_seed_get", "qnum_d_mps_free", "qnum_rnses", "qnum_drnses", "qnum_csevl", "qnum_dcsevl"};
 
-
-// ---- kernels called from their signatures ----
-// Every int argument (by value or address) takes ints[i] in order, every option string
-// strs[j], every other pointer an array of its own (outputs null with null_arrays) and every scalar
-// by value 1. Arrays are filled with `fill` so that a write shows.
-struct KernelArgs {
-    int ints[20] = {};  // all 0 at first: a call that learns the counts touches nothing
+// ---- the kernels, called from the prototypes of the header's kernel sections ----
+// Parameter kinds: i int, n int by address (a size), f float, d double, s option string,
+// a array (x and y are arrays even of ints), ? anything else.
+struct Proto {
+    std::string name, kinds;
+    std::vector<bool> out;  // the array is written (not const)
+    bool kernel = false;
+};
+const std::vector<Proto>& prototypes();
+// A kernel's call: every int (by value or address) takes ints[i] in order, every option string
+// strs[j], every array one of `arrays` (outputs null with null_out), every scalar 1.
+struct Kernel {
+    const Proto* proto;
+    void* fn;
+    int ints[20] = {}, n_ints = 0, n_strs = 0;
     const char* strs[4] = {"N", "N", "N", "N"};
-    bool null_arrays = false;
+    bool null_out = false;
     alignas(64) double arrays[10][256];
-    int n_ints = 0, n_strs = 0;
-    void fill(double v) {
-        for (auto& a : arrays)
-            for (double& x : a) x = v;
-    }
+    explicit Kernel(const Proto& p);
+    void fill(double v) { std::fill(&arrays[0][0], &arrays[0][0] + sizeof arrays / sizeof(double), v); }
+    void call();
+    bool baseline();  // finds ints and strings that raise nothing; false when none do
 };
-
-template <class A>
-A kernel_arg(KernelArgs& k, int& ni, int& ns, int& na) {
-    using P = std::remove_cv_t<std::remove_pointer_t<A>>;
-    if constexpr (std::is_same_v<A, int>) {
-        return k.ints[ni++];
-    } else if constexpr (std::is_pointer_v<A> && std::is_same_v<P, int>) {
-        return &k.ints[ni++];
-    } else if constexpr (std::is_same_v<A, const char*>) {
-        return k.strs[ns++];
-    } else if constexpr (std::is_pointer_v<A>) {
-        double* p = k.arrays[na++];
-        // Only outputs are nulled: the scalars by address must be there whatever the sizes.
-        return k.null_arrays && !std::is_const_v<std::remove_pointer_t<A>> ? nullptr : reinterpret_cast<A>(p);
-    } else {
-        return A(1);
-    }
-}
-
-template <class R, class... A>
-void call_kernel(R (*f)(A...), KernelArgs& k) {
-    int ni = 0, ns = 0, na = 0;
-    std::tuple<A...> args{kernel_arg<A>(k, ni, ns, na)...};  // braces: left to right
-    k.n_ints = ni;
-    k.n_strs = ns;
-    forget();
-    std::apply(f, args);
-}
-
-// A call of f that raises nothing: option strings from N, U, L and, when ones for every int
-// do not do, some ints 0 (band widths). False when none is found.
-template <class R, class... A>
-bool kernel_baseline(R (*f)(A...), KernelArgs& k) {
-    static const char* const choice[3] = {"N", "U", "L"};
-    call_kernel(f, k);  // learns the counts
-    const int ni = k.n_ints, ns = k.n_strs;
-    int combos = 1;
-    for (int j = 0; j < ns; ++j) combos *= 3;
-    for (int zeros = 0; zeros <= 4; ++zeros) {
-        for (int mask = 0; mask < (1 << ni); ++mask) {
-            if (__builtin_popcount(mask) != zeros) continue;
-            for (int s = 0; s < combos; ++s) {
-                for (int i = 0; i < ni; ++i) k.ints[i] = (mask >> i) & 1 ? 0 : 1;
-                for (int j = 0, c = s; j < ns; ++j, c /= 3) k.strs[j] = choice[c % 3];
-                call_kernel(f, k);
-                if (qnum_n1rty(1) == 0) return true;
-            }
-        }
-    }
-    return false;
-}
 
 }  // namespace qnum::test::hard

@@ -1,8 +1,7 @@
 // Faults in user code: an integrand and a zeros function that read through a null pointer,
 // with trapping on. Each call must report TERMINAL 511 and then 102 and come back with the
-// error stack and the jump buffers as they were, call after call; the tests run in a child
-// process, which turns trapping on and TERMINAL's stop off so that it lives to count.
-#include <vector>
+// error stack and the jump buffers as they were, call after call. In a child process, which
+// turns trapping on (and for the first test TERMINAL's stop off, so that it lives to count).
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -14,26 +13,18 @@ namespace qnum::test::hard {
 namespace {
 
 int* volatile nowhere = nullptr;
-template <class T>
-__attribute__((no_sanitize("undefined"))) T faulting(T x) {
-    return x + static_cast<T>(*nowhere);
-}
+template <class T> __attribute__((no_sanitize("undefined"))) T faulting(T x) { return x + static_cast<T>(*nowhere); }
 template <class T> T shifted(T x) { return x - T(0.25); }
-
 std::vector<int> reported;  // codes of every error reported, in order
 void record(int type, int code, const char*) {
     if (type != 0) reported.push_back(code);
 }
 
-// One faulting call (quadrature or zeros, float or double, by `which`); "" when it behaved.
+// One faulting call: quadrature or zeros, float or double, by `which`; "" when it behaved.
 std::string fault_once(int which) {
     reported.clear();
-    switch (which) {
-    case 0: qnum_d_int_fcn(faulting<double>, 0.0, 1.0, 0); break;
-    case 1: qnum_f_int_fcn(faulting<float>, 0.0f, 1.0f, 0); break;
-    case 2: qnum_d_zeros_fcn(faulting<double>, 0); break;
-    default: qnum_f_zeros_fcn(faulting<float>, 0); break;
-    }
+    if (which < 2) which ? (void)qnum_f_int_fcn(faulting<float>, 0.0f, 1.0f, 0) : (void)qnum_d_int_fcn(faulting<double>, 0.0, 1.0, 0);
+    else which == 2 ? (void)qnum_d_zeros_fcn(faulting<double>, 0) : (void)qnum_f_zeros_fcn(faulting<float>, 0);
     const Outcome o = outcome();
     Context* c = context();
     std::string bad;
@@ -44,60 +35,42 @@ std::string fault_once(int which) {
     return bad;
 }
 
-// The fault handler prints and jumps, as it must; the thread sanitizer calls that unsafe.
+TEST(HardeningUserFault, HundredFaultsInARowLoseNothingAndTheDefaultStops) {
 #if defined(__SANITIZE_THREAD__)
-#define SKIP_UNDER_TSAN() GTEST_SKIP() << "fault trapping is not for the thread sanitizer"
-#else
-#define SKIP_UNDER_TSAN()
+    GTEST_SKIP() << "the fault handler prints and jumps, as it must; the thread sanitizer calls that unsafe";
 #endif
-
-TEST(HardeningUserFault, HundredFaultsInARowLoseNothing) {
-    SKIP_UNDER_TSAN();
     std::string out;
     const int status = run_in_child([] {
         qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, QNUM_SET_STOP, 5, 0, 0);
         qnum_set_at_checksum(record);
-        std::string bad;
-        // 101 faults of each kind: a lost jump buffer per fault would leave none for the last.
-        for (int i = 0; i < 101 && bad.empty(); ++i)
-            for (int which = 0; which < 4 && bad.empty(); ++which)
-                if (!(bad = fault_once(which)).empty()) bad = "call " + std::to_string(i) + ":" + bad;
+        std::string bad;  // 101 faults of each kind: a jump buffer lost per fault would leave none for the last
+        for (int i = 0; i < 101 * 4 && bad.empty(); ++i)
+            if (!(bad = fault_once(i % 4)).empty()) bad = "call " + std::to_string(i) + ":" + bad;
         qnum_set_at_checksum(nullptr);
-        const double q = qnum_d_int_fcn(shifted<double>, 0.0, 1.0, 0);
-        if (std::abs(q - 0.25) > 1e-12 || qnum_n1rty(1) != 0) bad += " the ordinary integral failed";
+        if (std::abs(qnum_d_int_fcn(shifted<double>, 0.0, 1.0, 0) - 0.25) > 1e-12 || qnum_n1rty(1) != 0) bad += " the integral failed";
         double* z = qnum_d_zeros_fcn(shifted<double>, 0);
-        if (z == nullptr || std::abs(*z - 0.25) > 1e-6 || qnum_n1rty(1) != 0) bad += " the ordinary zero failed";
+        if (z == nullptr || std::abs(*z - 0.25) > 1e-6 || qnum_n1rty(1) != 0) bad += " the zero failed";
         qnum_free_allocated_memory(z);
         std::fputs(bad.c_str(), stderr);
         std::fflush(stderr);
         _exit(bad.empty() ? 0 : 1);
     }, &out);
     EXPECT_EQ(status, 0) << out.substr(out.size() > 2000 ? out.size() - 2000 : 0);
-    // Each fault is printed: the trapped signal first, then the trap.
-    std::size_t signals = 0, traps = 0, last_signal = 0, last_trap = 0;
+    std::size_t signals = 0, traps = 0, last_signal = 0, last_trap = 0;  // each fault printed: signal, then trap
     for (std::size_t p = 0; (p = out.find("segmentation violation", p)) != std::string::npos; ++p) ++signals, last_signal = p;
     for (std::size_t p = 0; (p = out.find("hardware fault was", p)) != std::string::npos; ++p) ++traps, last_trap = p;
     EXPECT_EQ(signals, 404u);
     EXPECT_EQ(traps, 404u);
     EXPECT_LT(last_signal, last_trap);
-}
-
-// With the default policy the first fault in user code stops the process with status 5.
-TEST(HardeningUserFault, DefaultPolicyStopsWithStatus5) {
-    SKIP_UNDER_TSAN();
-    for (int which : {0, 2}) {
-        const int status = run_in_child([which] {
+    for (int which : {0, 2})  // with the default policy the first fault stops the process with status 5
+        EXPECT_EQ(run_in_child([which] {
 #if defined(__SANITIZE_ADDRESS__)
-            // The jump out of the fault skips the worker's destructors, as the process stops:
-            // the leak checker would change the exit status.
-            __lsan_disable();
+            __lsan_disable();  // the jump out of the fault skips the worker's destructors as the process stops
 #endif
             qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
             fault_once(which);
             _exit(0);
-        });
-        EXPECT_EQ(status, 5) << which;
-    }
+        }), 5) << which;
 }
 
 }  // namespace
