@@ -24,29 +24,41 @@ constexpr long double sqrtpi = 1.772453850905516027298167483341145182798L;
 // ---- per-thread term counts: [0] ERFCS for erf, [1] ERFCS for erfc, [2] ERFCCS, [3] ERC2CS ----
 registry::OnceFlag keys_once{0};
 int count_keys[2] = {0, 0};  // float, double; 0: the key could not be created
+// The calling thread's blocks, as the registry holds them, for a lookup without a call.
+__thread int* thread_counts[2] __attribute__((tls_model("initial-exec"))) = {nullptr, nullptr};
 
-void free_block(void* p) { std::free(p); }
+void free_block(void* p) {
+    for (int*& cached : thread_counts)
+        if (cached == p) cached = nullptr;
+    std::free(p);
+}
 void create_keys() {
     for (int& key : count_keys)
         if (registry::key_create(&key, free_block) != registry::ok) key = 0;
 }
 
+template <class T>
+constexpr int precision_index() { return std::is_same_v<T, float> ? 0 : 1; }
+
 // The calling thread's block, created zero-filled on first use; null (after TERMINAL 200) when
 // it cannot be had.
 template <class T>
 int* counts() {
+    if (int* p = thread_counts[precision_index<T>()]) return p;
     registry::once(keys_once, create_keys);
-    const int key = count_keys[std::is_same_v<T, float> ? 0 : 1];
+    const int key = count_keys[precision_index<T>()];
     int* p = key != 0 ? static_cast<int*>(registry::get_value(key)) : nullptr;
-    if (p != nullptr) return p;
-    if (key != 0) p = static_cast<int*>(std::calloc(4, sizeof(int)));
-    // A failure to list the block for shutdown can still leave it stored for this thread;
-    // then it is the thread's and is freed at its exit.
-    if (p != nullptr && registry::set_value(key, p) != registry::ok && registry::get_value(key) != p) {
-        std::free(p);
-        p = nullptr;
+    if (p == nullptr) {
+        if (key != 0) p = static_cast<int*>(std::calloc(4, sizeof(int)));
+        // A failure to list the block for shutdown can still leave it stored for this thread;
+        // then it is the thread's and is freed at its exit.
+        if (p != nullptr && registry::set_value(key, p) != registry::ok && registry::get_value(key) != p) {
+            std::free(p);
+            p = nullptr;
+        }
     }
     if (p == nullptr) frame::raise(frame::Type::Terminal, err::out_of_memory);
+    thread_counts[precision_index<T>()] = p;
     return p;
 }
 
@@ -144,18 +156,10 @@ void fill_erfc_counts(int* c) {
     c[3] = inits(erc2cs<T>.data(), 49, eta<T>(), inits_name<T>());
 }
 
+// erfc(x) for x <= xmax once the term counts are known: nothing here can raise.
 template <class T>
-Val<T> erfc_body(double x) {
-    frame::Level level("l_erfc");
-    int* c = counts<T>();
-    if (c == nullptr) return Mach<T>::nan();
-    fill_erfc_counts<T>(c);
-    const ErfLimits<T>& k = erf_limits<T>();
+Val<T> erfc_value(double x, const int* c, const ErfLimits<T>& k) {
     if (x <= k.xsml) return 2;
-    if (x > k.xmax) {
-        frame::raise(frame::Type::Alert, err::result_underflows, frame::Real{x}, frame::Real{double(k.xmax)});
-        return 0;
-    }
     const double y = std::fabs(x);
     if (y <= 1) {
         if (y < k.sqeps) return 1 - 2 * x / double(sqrtpi);
@@ -172,6 +176,20 @@ Val<T> erfc_body(double x) {
     }
     const Val<T> r = exp(-s) * f;
     return x < 0 ? 2 - r : r;
+}
+
+template <class T>
+Val<T> erfc_body(double x) {
+    frame::Level level("l_erfc");
+    int* c = counts<T>();
+    if (c == nullptr) return Mach<T>::nan();
+    fill_erfc_counts<T>(c);
+    const ErfLimits<T>& k = erf_limits<T>();
+    if (x > k.xmax) {
+        frame::raise(frame::Type::Alert, err::result_underflows, frame::Real{x}, frame::Real{double(k.xmax)});
+        return 0;
+    }
+    return erfc_value<T>(x, c, k);
 }
 
 // exp(y^2) erfc(y) for y >= 0.8, the scaled function of the Newton step below.
@@ -242,25 +260,13 @@ T near_end_bound(T end, T divisor) {
     return end - sq / (divisor * -std::log(sq));
 }
 
-}  // namespace
-
+// erf(x) once the term counts it needs are known: nothing here can raise.
 template <class T>
-T erfc(T x) {
-    return static_cast<T>(erfc_body<T>(x));
-}
-
-template <class T>
-T erf(T x) {
-    frame::Level level("l_erf");
-    int* c = counts<T>();
-    if (c == nullptr) return Mach<T>::nan();
-    if (c[0] == 0) c[0] = inits(erfcs<T>.data(), 21, eta<T>(), inits_name<T>());
-    const ErfLimits<T>& k = erf_limits<T>();
+T erf_value(T x, const int* c, const ErfLimits<T>& k) {
     const double y = std::fabs(double(x));
     if (y > 1) {
         if (y > k.xbig) return std::copysign(T(1), x);
-        frame::Level call(std::is_same_v<T, float> ? "qnum_f_erfc" : "qnum_d_erfc");
-        return static_cast<T>(std::copysign(std::fabs(double(1 - erfc_body<T>(y))), double(x)));
+        return static_cast<T>(std::copysign(std::fabs(double(1 - erfc_value<T>(y, c, k))), double(x)));
     }
     if (y > k.sqeps) return static_cast<T>(erf_series<T>(x, c[0]));
     // 2x/sqrt(pi) with the cubic term of its series, which still shows in the last bit here.
@@ -270,6 +276,39 @@ T erf(T x) {
     if (std::fabs(w) < 1e-290) return static_cast<T>(w * double(Val<T>(two_over_sqrtpi<T>())));
     const Val<T> lead = Val<T>(w) * Val<T>(two_over_sqrtpi<T>());
     return static_cast<T>(lead - double(lead) * (w * w / 3));
+}
+
+}  // namespace
+
+// The workers take a short way, without levels of their own, once the thread's term counts
+// are known and the argument is one that cannot raise an error; a level that ends cleanly
+// leaves no trace, so the two ways cannot be told apart.
+template <class T>
+T erfc(T x) {
+    const int* c = thread_counts[precision_index<T>()];
+    const ErfLimits<T>& k = erf_limits<T>();
+    if (c != nullptr && c[1] != 0 && !(x > k.xmax)) return static_cast<T>(erfc_value<T>(x, c, k));
+    return static_cast<T>(erfc_body<T>(x));
+}
+
+template <class T>
+T erf(T x) {
+    const ErfLimits<T>& k = erf_limits<T>();
+    const double y = std::fabs(double(x));
+    // erfc is needed for 1 < |x| <= xbig.
+    const bool tail = y > 1 && y <= k.xbig;
+    const int* ready = thread_counts[precision_index<T>()];
+    if (ready != nullptr && ready[0] != 0 && (!tail || ready[1] != 0)) return erf_value<T>(x, ready, k);
+    frame::Level level("l_erf");
+    int* c = counts<T>();
+    if (c == nullptr) return Mach<T>::nan();
+    if (c[0] == 0) c[0] = inits(erfcs<T>.data(), 21, eta<T>(), inits_name<T>());
+    if (tail) {
+        frame::Level call(std::is_same_v<T, float> ? "qnum_f_erfc" : "qnum_d_erfc");
+        frame::Level inner("l_erfc");
+        fill_erfc_counts<T>(c);
+    }
+    return erf_value<T>(x, c, k);
 }
 
 template <class T>
