@@ -101,20 +101,25 @@ inline DD operator*(double a, DD b) { return b * a; }
 namespace dd {
 // a b with the low parts summed but not renormalised: in a running product the next factor
 // then waits only for the multiplication of the high parts.
+template <bool F = false>
 inline DD lazy_product(DD a, DD b) {
-    const DD p = two_prod(a.hi, b.hi);
+    const DD p = two_prod_t<F>(a.hi, b.hi);
     return {p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi)};
 }
 }  // namespace dd
 
 // a/b: the rounded quotient q and the exact remainder a - q b (a.hi - q b.hi to the last bit),
 // divided once more.
-inline DD operator/(DD a, DD b) {
+namespace dd {
+template <bool F>
+__attribute__((always_inline)) inline DD div(DD a, DD b) {
     const double q = a.hi / b.hi;
     if (!std::isfinite(q) || q == 0) return {q, 0};
-    const DD p = dd::two_prod(q, b.hi);
-    return dd::quick_two_sum(q, ((((a.hi - p.hi) - p.lo) + a.lo) - q * b.lo) / b.hi);
+    const DD p = two_prod_t<F>(q, b.hi);
+    return quick_two_sum(q, ((((a.hi - p.hi) - p.lo) + a.lo) - q * b.lo) / b.hi);
 }
+}  // namespace dd
+inline DD operator/(DD a, DD b) { return dd::div<false>(a, b); }
 
 // Comparisons (a double on either side converts exactly); false when either side is NaN.
 inline bool operator<(DD a, DD b) { return a.hi < b.hi || (a.hi == b.hi && a.lo < b.lo); }
