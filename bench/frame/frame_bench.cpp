@@ -22,6 +22,15 @@ __attribute__((noinline)) int framed(int x) {
     });
 }
 
+// A routine that ends with a FATAL error nobody prints or reads, as a non-adaptive rule that
+// misses its tolerance does.
+__attribute__((noinline)) int failing(int x) {
+    return qnum::frame::call<int>("qnum_f_failing", [&] {
+        qnum::frame::raise(qnum::frame::Type::Fatal, qnum::err::smooth_not_converged);
+        return x;
+    });
+}
+
 void BM_plain_call(benchmark::State& state) {
     int i = 0;
     for (auto _ : state) benchmark::DoNotOptimize(plain(i++));
@@ -40,7 +49,15 @@ void BM_public_machine(benchmark::State& state) {
     qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
 }
 
+void BM_raise(benchmark::State& state) {
+    qnum_error_options(QNUM_SET_PRINT, 4, 0, QNUM_SET_STOP, 4, 0, 0);
+    int i = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(failing(i++));
+    qnum_error_options(QNUM_SET_PRINT, 4, 1, QNUM_SET_STOP, 4, 1, 0);
+}
+
 BENCHMARK(BM_plain_call);
+BENCHMARK(BM_raise);
 BENCHMARK(BM_frame)->Arg(0)->Arg(1)->ArgName("trapping");
 BENCHMARK(BM_public_machine)->Arg(0)->Arg(1)->ArgName("trapping");
 
@@ -56,7 +73,7 @@ public:
         double base = times_["BM_plain_call"];
         std::printf("\nframe overhead per call (ns, over a plain call of %.2f ns):\n", base);
         for (const char* name : {"BM_frame/trapping:0", "BM_frame/trapping:1", "BM_public_machine/trapping:0",
-                                 "BM_public_machine/trapping:1"})
+                                 "BM_public_machine/trapping:1", "BM_raise"})
             std::printf("  %-30s %6.2f\n", name, times_[name] - base);
     }
 

@@ -37,6 +37,18 @@ struct CatalogueCache {
     char env_path[264] = {};        // QNUMERRPATH as read
 };
 
+// An error's text kept unformatted, with copies of the values it substitutes, until something
+// prints it or hands it to the notification callback: most errors a program raises and clears
+// are never read, and formatting numbers costs more than the rest of a raise.
+struct DeferredText {
+    bool pending = false;
+    std::int32_t ints[slots];
+    double reals[slots];
+    double complexes[slots][2];
+    const char* strings[slots];
+    char text[768];  // the template, then the strings it substitutes
+};
+
 struct Context {
     std::int32_t jmp_depth = 0;     // used in the first context only
     std::int32_t unwind = 0;
@@ -51,6 +63,7 @@ struct Context {
     char* msg = nullptr;
     std::size_t msg_len = 0;
     std::size_t msg_cap = 0;
+    DeferredText deferred;
     StackEntry stack[stack_entries];
     StackEntry* top = nullptr;
     std::FILE* error_stream = nullptr;

@@ -18,25 +18,27 @@ Path probe() {
     return Path::Portable;
 }
 
-std::atomic<int> forced{-1};
-
 }  // namespace
+
+std::atomic<int> current{-1};
 
 Path detected() {
     static const Path p = probe();
     return p;
 }
 
-Path active() {
-    int f = forced.load(std::memory_order_relaxed);
-    return f < 0 ? detected() : static_cast<Path>(f);
+Path first_active() {
+    const Path p = detected();
+    int unset = -1;
+    current.compare_exchange_strong(unset, static_cast<int>(p), std::memory_order_relaxed);
+    return static_cast<Path>(current.load(std::memory_order_relaxed));
 }
 
 void force(Path p) {
     int want = static_cast<int>(p), best = static_cast<int>(detected());
-    forced.store(want < best ? want : best, std::memory_order_relaxed);
+    current.store(want < best ? want : best, std::memory_order_relaxed);
 }
 
-void reset() { forced.store(-1, std::memory_order_relaxed); }
+void reset() { current.store(static_cast<int>(detected()), std::memory_order_relaxed); }
 
 }  // namespace qnum::cpu

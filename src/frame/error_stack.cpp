@@ -27,6 +27,19 @@ void set_current(Context* c, int type, int code) {
     c->status[2] = code;
 }
 
+// The substitution values a template is formatted with: the thread's slots, or the copies
+// taken when the formatting was deferred.
+struct SlotView {
+    const std::int32_t* ints;
+    const double* reals;
+    const double (*complexes)[2];
+    const char* const* strings;
+};
+
+SlotView live_slots(const Context* c) {
+    return {c->int_slots, c->real_slots, c->complex_slots, c->string_slots};
+}
+
 // Ensures room for `more` bytes plus a NUL. The buffer is doubled while fewer than 512 bytes
 // (or fewer than needed) remain; a failed growth ends the process with INTERNAL 200.
 void reserve(Context* c, std::size_t more) {
@@ -82,7 +95,7 @@ bool safe_format(const char* fmt, const char* allowed, int conversions) {
 
 // Replaces one %(kN...) placeholder; returns the number of template characters consumed,
 // or 0 when the text at t is not a placeholder (the '%' is then copied as it stands).
-std::size_t substitute(Context* c, const char* t) {
+std::size_t substitute(Context* c, const SlotView& v, const char* t) {
     // t points at "%(": kind letter, digit, then ")" or a format up to ")".
     char kind = t[2];
     if (kind == '\0' || !std::isdigit(static_cast<unsigned char>(t[3]))) return 0;
@@ -104,17 +117,17 @@ std::size_t substitute(Context* c, const char* t) {
     }
     switch (kind) {
     case 'i': case 'I':
-        append_format(c, custom && safe_format(fmt, "dixXuoc", 1) ? fmt : "%d", c->int_slots[k - 1]);
+        append_format(c, custom && safe_format(fmt, "dixXuoc", 1) ? fmt : "%d", v.ints[k - 1]);
         break;
     case 'r': case 'R': case 'f': case 'F': case 'd': case 'D':
-        append_format(c, custom && safe_format(fmt, "eEfFgGaA", 1) ? fmt : "%e", c->real_slots[k - 1]);
+        append_format(c, custom && safe_format(fmt, "eEfFgGaA", 1) ? fmt : "%e", v.reals[k - 1]);
         break;
     case 'c': case 'C': case 'z': case 'Z':
         append_format(c, custom && safe_format(fmt, "eEfFgGaA", 2) ? fmt : "(%e,%e)",
-                      c->complex_slots[k - 1][0], c->complex_slots[k - 1][1]);
+                      v.complexes[k - 1][0], v.complexes[k - 1][1]);
         break;
     case 'l': case 'L': case 's': case 'S': {
-        const char* s = c->string_slots[k - 1] ? c->string_slots[k - 1] : "(null)";
+        const char* s = v.strings[k - 1] ? v.strings[k - 1] : "(null)";
         append_format(c, custom && safe_format(fmt, "s", 1) ? fmt : "%s", s);
         break;
     }
@@ -125,7 +138,7 @@ std::size_t substitute(Context* c, const char* t) {
     return consumed;
 }
 
-void format_template(Context* c, const char* t) {
+void format_template(Context* c, const char* t, const SlotView& v) {
     c->msg_len = 0;
     c->msg[0] = '\0';
     while (*t) {
@@ -135,24 +148,67 @@ void format_template(Context* c, const char* t) {
             continue;
         }
         if (t[0] == '%' && t[1] == '(') {
-            if (std::size_t used = substitute(c, t)) {
+            if (std::size_t used = substitute(c, v, t)) {
                 t += used;
                 continue;
             }
         }
-        append(c, t, 1);
-        ++t;
+        // Plain text up to the next '%' (this one included) goes in one piece.
+        const char* next = std::strchr(t + 1, '%');
+        const std::size_t n = next ? static_cast<std::size_t>(next - t) : std::strlen(t);
+        append(c, t, n);
+        t += n;
     }
 }
 
 void empty_buffer(Context* c) {
     c->msg_len = 0;
     c->msg[0] = '\0';
+    c->deferred.pending = false;
+}
+
+// Keeps the template and the values it substitutes instead of formatting it now; false (the
+// text is formatted at once) when they do not fit the space kept for them.
+bool defer(Context* c, const char* t) {
+    DeferredText& d = c->deferred;
+    std::size_t used = std::strlen(t) + 1;
+    if (used > sizeof d.text) return false;
+    std::memcpy(d.text, t, used);
+    for (int k = 0; k < slots; ++k) d.strings[k] = nullptr;
+    // Only the strings the template names are read: other slots may hold stale pointers.
+    for (const char* p = std::strstr(t, "%("); p != nullptr; p = std::strstr(p + 2, "%(")) {
+        if (!std::strchr("lLsS", p[2]) || p[2] == '\0' || p[3] < '1' || p[3] > '0' + slots) continue;
+        const int k = p[3] - '1';
+        const char* s = c->string_slots[k];
+        if (s == nullptr || d.strings[k] != nullptr) continue;
+        const std::size_t n = std::strlen(s) + 1;
+        if (n > sizeof d.text - used) return false;
+        d.strings[k] = static_cast<char*>(std::memcpy(d.text + used, s, n));
+        used += n;
+    }
+    std::memcpy(d.ints, c->int_slots, sizeof d.ints);
+    std::memcpy(d.reals, c->real_slots, sizeof d.reals);
+    std::memcpy(d.complexes, c->complex_slots, sizeof d.complexes);
+    c->msg_len = 0;
+    c->msg[0] = '\0';
+    d.pending = true;
+    return true;
+}
+
+// Formats a deferred text into the message buffer.
+void materialize(Context* c) {
+    DeferredText& d = c->deferred;
+    if (!d.pending) return;
+    d.pending = false;
+    format_template(c, d.text, SlotView{d.ints, d.reals, d.complexes, d.strings});
 }
 
 void report(Context* c, int type, int code, const char* routine) {
-    if (notification && type != 0) notification(type, code, c->msg);
-    if (c->msg[0] != '\0' && type >= 0 && type <= 8 && c->print[type]) {
+    const bool notify = notification && type != 0;
+    const bool print = type >= 0 && type <= 8 && c->print[type];
+    if (notify || print) materialize(c);
+    if (notify) notification(type, code, c->msg);
+    if (c->msg[0] != '\0' && print) {
         c->printer(type, code, routine, c->msg);
         if (c->traceback[type]) frame::write_traceback(c);
     }
@@ -233,7 +289,9 @@ bool same_name(const char* a, const char* b) {
     return a == b || (a != nullptr && b != nullptr && std::strcmp(a, b) == 0);
 }
 
-void mes(int type, int code, const char* message_template) {
+namespace {
+
+void raise_text(int type, int code, const char* message_template, bool deferrable) {
     Context* c = context();
     if (type < -1 || type > 8) {
         push("qnum_e1mes");
@@ -265,8 +323,8 @@ void mes(int type, int code, const char* message_template) {
     c->top->origin = c->top->name;
     if (message_template == nullptr || std::strcmp(message_template, " ") == 0)
         empty_buffer(c);
-    else
-        format_template(c, message_template);
+    else if (!deferrable || type == 8 || c->immediate[type] || !defer(c, message_template))
+        format_template(c, message_template, live_slots(c));
     if (c->immediate[type]) {
         report(c, type, code, c->top->name);
         empty_buffer(c);
@@ -275,9 +333,14 @@ void mes(int type, int code, const char* message_template) {
     set_current(c, c->top->type, c->top->code);
 }
 
+}  // namespace
+
+void mes(int type, int code, const char* message_template) { raise_text(type, code, message_template, false); }
+
 void ermes(int type, int code) {
-    // The template is read before the slots could change; it lives in a per-thread buffer.
-    mes(type, code, catalogue::message_template(code));
+    // The template is read before the slots could change; it lives in a per-thread buffer, which
+    // a deferred text copies.
+    raise_text(type, code, catalogue::message_template(code), true);
 }
 
 void set_notification(qnum_error_callback callback) { notification = callback; }

@@ -13,25 +13,25 @@ void pop_slow(const char* name);
 
 // Enters the level `name`. Every public routine does this, so the common case (room on the
 // stack, no fault flagged by another thread) is inlined; the rest goes the long way.
-inline void push(const char* name) {
-    Context* c = context();
+inline void push(Context* c, const char* name) {
     StackEntry* top = c->top;
     if (top >= &c->stack[stack_entries - 1] || multi_thread_fault.load(std::memory_order_relaxed))
         return push_slow(name);
     if (top == &c->stack[0]) {
         c->msg_len = 0;
         c->msg[0] = '\0';
+        c->deferred.pending = false;
     }
     c->top = ++top;
     *top = StackEntry{0, 0, 0, name, name};
     c->status[0] = c->status[1] = c->status[2] = c->status[3] = 0;
 }
+inline void push(const char* name) { push(context(), name); }
 
 // Leaves the level `name`. The inlined case is the level that ends without an error (type 0)
 // and without a jump to unwind, under the name it was entered with: it passes its code on
 // as any pop does and reports nothing, since type 0 neither prints nor stops.
-inline void pop(const char* name) {
-    Context* c = context();
+inline void pop(Context* c, const char* name) {
     StackEntry* top = c->top;
     StackEntry* below = top - 1;
     if (top->type != 0 || c->unwind || top->name != name || top == &c->stack[0] ||
@@ -47,6 +47,7 @@ inline void pop(const char* name) {
     c->status[3] = top->code;
     c->top = below;
 }
+inline void pop(const char* name) { pop(context(), name); }
 void mes(int type, int code, const char* message_template);
 void ermes(int type, int code);
 int status_word(int level, bool code);

@@ -103,13 +103,9 @@ void after_fault();             // a fault jumped back: TERMINAL 102, disarm
 // The process-wide switch, read without a lock.
 inline bool enabled() { return signal_trapping.load(std::memory_order_relaxed) != 0; }
 
-// The next jump buffer, armed; null when none is left. The buffers live in the first context,
-// since the fault handler must find them from any thread.
-inline sigjmp_buf* enter() {
-    if (!installed.load(std::memory_order_acquire)) install();
-    Context* c = context();
-    Context* first = first_context();
-    if (first == nullptr) first = c;
+// The next jump buffer of `first` (the first context, or c itself while no first one is
+// recorded), armed for the thread of context c; null when none is left.
+inline sigjmp_buf* enter(Context* c, Context* first) {
     if (first->jmp_depth >= jump_buffers) return nullptr;
     ++c->trap_depth;
     c->unwind = 0;
@@ -117,10 +113,7 @@ inline sigjmp_buf* enter() {
 }
 
 // The worker returned normally.
-inline void leave() {
-    Context* c = context();
-    Context* first = first_context();
-    if (first == nullptr) first = c;
+inline void leave(Context* c, Context* first) {
     --first->jmp_depth;
     --c->trap_depth;
 }
@@ -128,28 +121,27 @@ inline void leave() {
 
 // Runs `worker` as the body of the public routine `name`: push, skip the work if an error is
 // already pending, trap faults when trapping is on, pop. Returns the worker's result, or a
-// value-initialised R when the worker did not run or faulted.
+// value-initialised R when the worker did not run or faulted. The thread's context is looked
+// up once for the whole call. (No local is written after sigsetjmp, so none can be lost to the
+// jump; the compiler cannot see that through the inlined context lookup.)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wclobbered"
 template <class R, class F>
 R call(const char* name, F&& worker) noexcept {
-    Level level(name);
-    if (pending()) return R();
-    if (!trap::enabled()) {
-        if constexpr (std::is_void_v<R>) {
-            worker();
-            return;
-        } else {
-            return worker();
-        }
-    }
-    sigjmp_buf* jump = trap::enter();
-    if (jump == nullptr) {  // all jump buffers in use: run without a trap
-        if constexpr (std::is_void_v<R>) {
-            worker();
-            return;
-        } else {
-            return worker();
-        }
-    }
+    Context* const c = context();
+    struct Frame {
+        Context* c;
+        const char* name;
+        ~Frame() { errors::pop(c, name); }
+    } level{c, name};
+    errors::push(c, name);
+    if (c->status[0] != 0) return R();  // only a push the long way can leave one pending
+    if (!trap::enabled()) return worker();
+    if (!trap::installed.load(std::memory_order_acquire)) trap::install();
+    Context* first = first_context();
+    if (first == nullptr) first = c;
+    sigjmp_buf* jump = trap::enter(c, first);
+    if (jump == nullptr) return worker();  // all jump buffers in use: run without a trap
     // sigsetjmp must run in this frame, which stays alive while the worker runs; the mask is
     // not saved (no system call), the handler unblocks the signal itself before jumping.
     if (sigsetjmp(*jump, 0) != 0) {
@@ -158,13 +150,14 @@ R call(const char* name, F&& worker) noexcept {
     }
     if constexpr (std::is_void_v<R>) {
         worker();
-        trap::leave();
+        trap::leave(c, first);
     } else {
         R result = worker();
-        trap::leave();
+        trap::leave(c, first);
         return result;
     }
 }
+#pragma GCC diagnostic pop
 
 // ---- optional-argument lists (options.cpp) ----
 

@@ -84,7 +84,17 @@ DD log(DD a) {
 
 DD log_fast(double a) {
     int e;
-    double m = std::frexp(a, &e);  // [0.5, 1)
+    double m;
+    std::uint64_t bits;
+    std::memcpy(&bits, &a, sizeof bits);
+    const int field = static_cast<int>(bits >> 52 & 0x7ff);
+    if (field == 0 || field == 0x7ff) {
+        m = std::frexp(a, &e);  // [0.5, 1)
+    } else {  // a normal number: the mantissa and exponent read off its bits
+        e = field - 1022;
+        bits = (bits & 0x800fffffffffffffULL) | 0x3fe0000000000000ULL;
+        std::memcpy(&m, &bits, sizeof m);
+    }
     if (m < 0.75) {
         m *= 2;
         --e;

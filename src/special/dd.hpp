@@ -49,15 +49,23 @@ inline void split(double a, double& hi, double& lo) {
     lo = a - hi;
 }
 
-// a b exactly as p + e (Dekker), barring underflow of e.
-inline DD two_prod(double a, double b) {
+// a b exactly as p + e, barring underflow of e: e by one fused multiply-add where the
+// processor has it (F; only inside functions compiled for it), else by Dekker's splitting.
+// Both give the exact error, so the two ways agree to the bit.
+template <bool F>
+__attribute__((always_inline)) inline DD two_prod_t(double a, double b) {
     const double p = a * b;
     if (!std::isfinite(p)) return {p, 0};
-    double ah, al, bh, bl;
-    split(a, ah, al);
-    split(b, bh, bl);
-    return {p, ((ah * bh - p) + ah * bl + al * bh) + al * bl};
+    if constexpr (F) {
+        return {p, __builtin_fma(a, b, -p)};
+    } else {
+        double ah, al, bh, bl;
+        split(a, ah, al);
+        split(b, bh, bl);
+        return {p, ((ah * bh - p) + ah * bl + al * bh) + al * bl};
+    }
 }
+inline DD two_prod(double a, double b) { return two_prod_t<false>(a, b); }
 
 }  // namespace dd
 
@@ -75,11 +83,15 @@ inline DD operator+(double a, DD b) { return b + a; }
 inline DD operator-(DD a, DD b) { return a + (-b); }
 inline DD operator-(DD a, double b) { return a + (-b); }
 
-inline DD operator*(DD a, DD b) {
-    const DD p = dd::two_prod(a.hi, b.hi);
+namespace dd {
+template <bool F>
+__attribute__((always_inline)) inline DD mul(DD a, DD b) {
+    const DD p = two_prod_t<F>(a.hi, b.hi);
     if (!std::isfinite(p.hi)) return p;
-    return dd::quick_two_sum(p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi));
+    return quick_two_sum(p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi));
 }
+}  // namespace dd
+inline DD operator*(DD a, DD b) { return dd::mul<false>(a, b); }
 inline DD operator*(DD a, double b) {
     const DD p = dd::two_prod(a.hi, b);
     if (!std::isfinite(p.hi)) return p;
@@ -89,20 +101,25 @@ inline DD operator*(double a, DD b) { return b * a; }
 namespace dd {
 // a b with the low parts summed but not renormalised: in a running product the next factor
 // then waits only for the multiplication of the high parts.
+template <bool F = false>
 inline DD lazy_product(DD a, DD b) {
-    const DD p = two_prod(a.hi, b.hi);
+    const DD p = two_prod_t<F>(a.hi, b.hi);
     return {p.hi, p.lo + (a.hi * b.lo + a.lo * b.hi)};
 }
 }  // namespace dd
 
 // a/b: the rounded quotient q and the exact remainder a - q b (a.hi - q b.hi to the last bit),
 // divided once more.
-inline DD operator/(DD a, DD b) {
+namespace dd {
+template <bool F>
+__attribute__((always_inline)) inline DD div(DD a, DD b) {
     const double q = a.hi / b.hi;
     if (!std::isfinite(q) || q == 0) return {q, 0};
-    const DD p = dd::two_prod(q, b.hi);
-    return dd::quick_two_sum(q, ((((a.hi - p.hi) - p.lo) + a.lo) - q * b.lo) / b.hi);
+    const DD p = two_prod_t<F>(q, b.hi);
+    return quick_two_sum(q, ((((a.hi - p.hi) - p.lo) + a.lo) - q * b.lo) / b.hi);
 }
+}  // namespace dd
+inline DD operator/(DD a, DD b) { return dd::div<false>(a, b); }
 
 // Comparisons (a double on either side converts exactly); false when either side is NaN.
 inline bool operator<(DD a, DD b) { return a.hi < b.hi || (a.hi == b.hi && a.lo < b.lo); }
@@ -135,5 +152,51 @@ DD log_fast(double a);
 // steps at a time, with its last two steps in double-double. t.lo moves the result by its
 // derivative, which the last b_2 approximates. n >= 1.
 DD series(DD t, const double* hi, const double* lo, int n);
+
+namespace dd {
+// The same series for processors with fused multiply-add (only inside functions compiled for
+// it): Clenshaw's recurrence eight steps at a time, each block's coefficient sums formed apart
+// from the chain through b, which then costs two fused operations per block; the last two
+// steps as in series(). Reads hi up to hi[n - 1] only.
+__attribute__((always_inline)) inline DD series_fma(DD t, const double* hi, const double* lo, int n) {
+    if (n == 1) return DD(0.5 * hi[0], 0.5 * lo[0]);
+    const double u1 = 2 * t.hi;
+    // U_0 .. U_8 at t, the Chebyshev polynomials of the second kind.
+    // By U_{m+n} = U_m U_n - U_{m-1} U_{n-1}, four operations deep rather than seven.
+    double u[9];
+    u[0] = 1;
+    u[1] = u1;
+    u[2] = __builtin_fma(u1, u1, -1);
+    u[3] = u1 * (u[2] - 1);
+    u[4] = __builtin_fma(u[2], u[2], -(u1 * u1));
+    u[5] = u[2] * (u[3] - u1);
+    u[6] = __builtin_fma(u[3], u[3], -(u[2] * u[2]));
+    u[7] = u[3] * (u[4] - u[2]);
+    u[8] = __builtin_fma(u[4], u[4], -(u[3] * u[3]));
+    double b1 = 0, b2 = 0;  // b_{k+1}, b_{k+2}
+    // Whole blocks of eight from k = 2 + 8 ceil((n - 2)/8) down, the coefficients past c_n taken
+    // as zero (read in bounds and masked, so that no branch depends on n):
+    // b_{k-j} = sum_i U_{j-i} c_{k-i} + U_{j+1} b_{k+1} - U_j b_{k+2}, j = 6, 7.
+    for (int k = 2 + (n + 5) / 8 * 8; k > 2; k -= 8) {
+        double c[8];
+        for (int i = 0; i < 8; ++i) c[i] = hi[(k - i <= n ? k - i : n) - 1] * (k - i <= n ? 1.0 : 0.0);
+        // Two partial sums each, to halve the chains.
+        const double s1 = __builtin_fma(u[7], c[0], __builtin_fma(u[5], c[2], __builtin_fma(u[3], c[4], u[1] * c[6]))) +
+                          __builtin_fma(u[6], c[1], __builtin_fma(u[4], c[3], __builtin_fma(u[2], c[5], c[7])));
+        const double s2 = __builtin_fma(u[6], c[0], __builtin_fma(u[4], c[2], __builtin_fma(u[2], c[4], c[6]))) +
+                          __builtin_fma(u[5], c[1], __builtin_fma(u[3], c[3], u[1] * c[5]));
+        const double next2 = __builtin_fma(u[7], b1, __builtin_fma(-u[6], b2, s2));
+        b1 = __builtin_fma(u[8], b1, __builtin_fma(-u[7], b2, s1));
+        b2 = next2;
+    }
+    // b1 = b_3, b2 = b_4; the last two steps keep their rounding errors.
+    const DD b_2 = two_sum(hi[1], __builtin_fma(u1, b1, -b2));
+    const DD p = two_prod_t<true>(t.hi, b_2.hi);
+    const DD s1 = two_sum(0.5 * hi[0], p.hi);
+    const DD s2 = two_sum(s1.hi, -b1);
+    const double rest = ((s1.lo + s2.lo) + (p.lo + 0.5 * lo[0])) + (t.hi * (b_2.lo + lo[1]) + t.lo * b_2.hi);
+    return quick_two_sum(s2.hi, rest);
+}
+}  // namespace dd
 
 }  // namespace qnum::special

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "frame/cpu.hpp"
 #include "frame/frame.hpp"
 #include "frame/registry.hpp"
 #include "special/special.hpp"
@@ -24,29 +25,41 @@ constexpr long double sqrtpi = 1.772453850905516027298167483341145182798L;
 // ---- per-thread term counts: [0] ERFCS for erf, [1] ERFCS for erfc, [2] ERFCCS, [3] ERC2CS ----
 registry::OnceFlag keys_once{0};
 int count_keys[2] = {0, 0};  // float, double; 0: the key could not be created
+// The calling thread's blocks, as the registry holds them, for a lookup without a call.
+__thread int* thread_counts[2] __attribute__((tls_model("initial-exec"))) = {nullptr, nullptr};
 
-void free_block(void* p) { std::free(p); }
+void free_block(void* p) {
+    for (int*& cached : thread_counts)
+        if (cached == p) cached = nullptr;
+    std::free(p);
+}
 void create_keys() {
     for (int& key : count_keys)
         if (registry::key_create(&key, free_block) != registry::ok) key = 0;
 }
 
+template <class T>
+constexpr int precision_index() { return std::is_same_v<T, float> ? 0 : 1; }
+
 // The calling thread's block, created zero-filled on first use; null (after TERMINAL 200) when
 // it cannot be had.
 template <class T>
 int* counts() {
+    if (int* p = thread_counts[precision_index<T>()]) return p;
     registry::once(keys_once, create_keys);
-    const int key = count_keys[std::is_same_v<T, float> ? 0 : 1];
+    const int key = count_keys[precision_index<T>()];
     int* p = key != 0 ? static_cast<int*>(registry::get_value(key)) : nullptr;
-    if (p != nullptr) return p;
-    if (key != 0) p = static_cast<int*>(std::calloc(4, sizeof(int)));
-    // A failure to list the block for shutdown can still leave it stored for this thread;
-    // then it is the thread's and is freed at its exit.
-    if (p != nullptr && registry::set_value(key, p) != registry::ok && registry::get_value(key) != p) {
-        std::free(p);
-        p = nullptr;
+    if (p == nullptr) {
+        if (key != 0) p = static_cast<int*>(std::calloc(4, sizeof(int)));
+        // A failure to list the block for shutdown can still leave it stored for this thread;
+        // then it is the thread's and is freed at its exit.
+        if (p != nullptr && registry::set_value(key, p) != registry::ok && registry::get_value(key) != p) {
+            std::free(p);
+            p = nullptr;
+        }
     }
     if (p == nullptr) frame::raise(frame::Type::Terminal, err::out_of_memory);
+    thread_counts[precision_index<T>()] = p;
     return p;
 }
 
@@ -82,7 +95,7 @@ template <class T>
 T eta() { return T(0.1) * Mach<T>::small_spacing(); }
 
 // erfc(y) exp(y^2) y - 0.5 for y > 1 from the two tail series (y^2 <= 4 or beyond), s = y^2.
-template <class T>
+template <class T, bool F = false>
 Val<T> tail(Val<T> s, const int* c) {
     if constexpr (std::is_same_v<T, float>) {
         if (s <= 4) return csevl<double>((8 / s - 5) / 3, erc2cs<double>.data(), c[3], csevl_name<T>());
@@ -90,47 +103,53 @@ Val<T> tail(Val<T> s, const int* c) {
     } else {
         // t rounded, and the rest of 8/s (its division remainder and s.lo) carried as t.lo.
         const double u = 8 / s.hi;
-        const DD us = dd::two_prod(u, s.hi);
+        const DD us = dd::two_prod_t<F>(u, s.hi);
         // (Multiplications by u/8 and 1/3 in place of divisions: only the high parts need to be
         // the rounded quotients, and the low parts carry the exact remainders.)
         const double ulo = (((8 - us.hi) - us.lo) - u * s.lo) * (u * 0.125);
         if (s.hi <= 4) {
             const DD v = dd::two_sum(u, -5);
             const double th = v.hi * (1.0 / 3);
-            const DD t3 = dd::two_prod(th, 3);
+            const DD t3 = dd::two_prod_t<F>(th, 3);
             const DD t(th, (((v.hi - t3.hi) - t3.lo) + (v.lo + ulo)) * (1.0 / 3));
-            return cheb<T>(t, table::erc2cs, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
+            return cheb<T, DD, 49, F>(t, table::erc2cs, erc2cs<double>, erc2cs_lo, c[3], csevl_name<T>());
         }
         const DD v = dd::two_sum(u, -1);
-        return cheb<T>(DD(v.hi, v.lo + ulo), table::erfccs, erfccs<double>, erfccs_lo, c[2], csevl_name<T>());
+        return cheb<T, DD, 59, F>(DD(v.hi, v.lo + ulo), table::erfccs, erfccs<double>, erfccs_lo, c[2],
+                                  csevl_name<T>());
     }
 }
 
 // a/y given 1/y: for double-double the quotient a.hi (1/y) and the exact remainder of it.
-inline double over(double a, double y, double) { return a / y; }
-inline DD over(DD a, double y, double inv_y) {
+template <bool F>
+double over(double a, double y, double) { return a / y; }
+template <bool F>
+DD over(DD a, double y, double inv_y) {
     const double q = a.hi * inv_y;
-    const DD qy = dd::two_prod(q, y);
+    const DD qy = dd::two_prod_t<F>(q, y);
     return dd::quick_two_sum(q, (((a.hi - qy.hi) - qy.lo) + a.lo) * inv_y);
 }
 
 // y^2: exact in double-double, and in double for the float routines.
-inline double square(double y, double) { return y * y; }
-inline DD square(double y, DD) { return dd::two_prod(y, y); }
-template <class T>
-Val<T> square(double y) { return square(y, Val<T>()); }
+template <bool F>
+double square(double y, double) { return y * y; }
+template <bool F>
+DD square(double y, DD) { return dd::two_prod_t<F>(y, y); }
+template <class T, bool F = false>
+Val<T> square(double y) { return square<F>(y, Val<T>()); }
 
 // 1 - erfc(x) = erf(x) for sqeps < |x| <= 1: x (1 + series), summed as x + x series.
-template <class T>
+template <class T, bool F = false>
 Val<T> erf_series(double x, int count) {
     if constexpr (std::is_same_v<T, float>) {
         return x + x * csevl<double>(2 * x * x - 1, erfcs<double>.data(), count, csevl_name<T>());
     } else {
         // 2 s.hi - 1 is exact where it matters (s >= 1/4); its rounding below goes with t.lo.
-        const DD s = dd::two_prod(x, x);
+        const DD s = dd::two_prod_t<F>(x, x);
         const DD t = dd::two_sum(2 * s.hi, -1);
-        const DD c = cheb<T>(DD(t.hi, t.lo + 2 * s.lo), table::erfcs, erfcs<double>, erfcs_lo, count, csevl_name<T>());
-        const DD p = dd::two_prod(x, c.hi);
+        const DD c = cheb<T, DD, 21, F>(DD(t.hi, t.lo + 2 * s.lo), table::erfcs, erfcs<double>, erfcs_lo, count,
+                                        csevl_name<T>());
+        const DD p = dd::two_prod_t<F>(x, c.hi);
         const DD r = dd::two_sum(x, p.hi);
         return dd::quick_two_sum(r.hi, r.lo + (p.lo + x * c.lo));
     }
@@ -144,6 +163,45 @@ void fill_erfc_counts(int* c) {
     c[3] = inits(erc2cs<T>.data(), 49, eta<T>(), inits_name<T>());
 }
 
+// erfc(x) for x <= xmax once the term counts are known: nothing here can raise.
+template <class T, bool F = false>
+Val<T> erfc_value(double x, const int* c, const ErfLimits<T>& k) {
+    if (x <= k.xsml) return 2;
+    const double y = std::fabs(x);
+    if (y <= 1) {
+        if (y < k.sqeps) return 1 - 2 * x / double(sqrtpi);
+        return 1 - erf_series<T, F>(x, c[1]);
+    }
+    // exp(-y^2) of the exact square: the rounding of y^2 would be magnified by up to 2 y^2.
+    const double inv_y = 1 / y;  // ahead of the series, which has time to spare for it
+    const Val<T> s = square<T, F>(y);
+    const Val<T> f = over<F>(0.5 + tail<T, F>(s, c), y, inv_y);
+    if constexpr (std::is_same_v<T, double>) {
+        // Near underflow the low parts of the product would fall below the smallest spacing:
+        // it is formed 2^200 higher and scaled back once rounded.
+        if (s > 650) return double(dd::mul<F>(exp(200 * ln2_dd - s), f)) * 6.223015277861142e-61;
+        const DD r = dd::mul<F>(exp(-s), f);
+        return x < 0 ? 2 - r : r;
+    }
+    const Val<T> r = exp(-s) * f;
+    return x < 0 ? 2 - r : r;
+}
+
+// The double routines' values on processors with fused multiply-add: every step inlined into
+// these functions, so that it is compiled for the instruction.
+__attribute__((target("fma"), flatten)) DD erfc_fma(double x, const int* c, const ErfLimits<double>& k) {
+    return erfc_value<double, true>(x, c, k);
+}
+
+bool fused() { return cpu::active() != cpu::Path::Portable; }
+
+template <class T>
+Val<T> erfc_any(double x, const int* c, const ErfLimits<T>& k) {
+    if constexpr (std::is_same_v<T, double>)
+        if (fused()) return erfc_fma(x, c, k);
+    return erfc_value<T>(x, c, k);
+}
+
 template <class T>
 Val<T> erfc_body(double x) {
     frame::Level level("l_erfc");
@@ -151,27 +209,11 @@ Val<T> erfc_body(double x) {
     if (c == nullptr) return Mach<T>::nan();
     fill_erfc_counts<T>(c);
     const ErfLimits<T>& k = erf_limits<T>();
-    if (x <= k.xsml) return 2;
     if (x > k.xmax) {
         frame::raise(frame::Type::Alert, err::result_underflows, frame::Real{x}, frame::Real{double(k.xmax)});
         return 0;
     }
-    const double y = std::fabs(x);
-    if (y <= 1) {
-        if (y < k.sqeps) return 1 - 2 * x / double(sqrtpi);
-        return 1 - erf_series<T>(x, c[1]);
-    }
-    // exp(-y^2) of the exact square: the rounding of y^2 would be magnified by up to 2 y^2.
-    const double inv_y = 1 / y;  // ahead of the series, which has time to spare for it
-    const Val<T> s = square<T>(y);
-    const Val<T> f = over(0.5 + tail<T>(s, c), y, inv_y);
-    if constexpr (std::is_same_v<T, double>) {
-        // Near underflow the low parts of the product would fall below the smallest spacing:
-        // it is formed 2^200 higher and scaled back once rounded.
-        if (s > 650) return double(exp(200 * ln2_dd - s) * f) * 6.223015277861142e-61;
-    }
-    const Val<T> r = exp(-s) * f;
-    return x < 0 ? 2 - r : r;
+    return erfc_any<T>(x, c, k);
 }
 
 // exp(y^2) erfc(y) for y >= 0.8, the scaled function of the Newton step below.
@@ -242,27 +284,15 @@ T near_end_bound(T end, T divisor) {
     return end - sq / (divisor * -std::log(sq));
 }
 
-}  // namespace
-
-template <class T>
-T erfc(T x) {
-    return static_cast<T>(erfc_body<T>(x));
-}
-
-template <class T>
-T erf(T x) {
-    frame::Level level("l_erf");
-    int* c = counts<T>();
-    if (c == nullptr) return Mach<T>::nan();
-    if (c[0] == 0) c[0] = inits(erfcs<T>.data(), 21, eta<T>(), inits_name<T>());
-    const ErfLimits<T>& k = erf_limits<T>();
+// erf(x) once the term counts it needs are known: nothing here can raise.
+template <class T, bool F = false>
+T erf_value(T x, const int* c, const ErfLimits<T>& k) {
     const double y = std::fabs(double(x));
     if (y > 1) {
         if (y > k.xbig) return std::copysign(T(1), x);
-        frame::Level call(std::is_same_v<T, float> ? "qnum_f_erfc" : "qnum_d_erfc");
-        return static_cast<T>(std::copysign(std::fabs(double(1 - erfc_body<T>(y))), double(x)));
+        return static_cast<T>(std::copysign(std::fabs(double(1 - erfc_value<T, F>(y, c, k))), double(x)));
     }
-    if (y > k.sqeps) return static_cast<T>(erf_series<T>(x, c[0]));
+    if (y > k.sqeps) return static_cast<T>(erf_series<T, F>(x, c[0]));
     // 2x/sqrt(pi) with the cubic term of its series, which still shows in the last bit here.
     // (Where the result is subnormal its low part is lost, and the one rounding of x times the
     // rounded constant is the closer; the sign of a zero stays that of x.)
@@ -270,6 +300,50 @@ T erf(T x) {
     if (std::fabs(w) < 1e-290) return static_cast<T>(w * double(Val<T>(two_over_sqrtpi<T>())));
     const Val<T> lead = Val<T>(w) * Val<T>(two_over_sqrtpi<T>());
     return static_cast<T>(lead - double(lead) * (w * w / 3));
+}
+
+__attribute__((target("fma"), flatten)) double erf_fma(double x, const int* c, const ErfLimits<double>& k) {
+    return erf_value<double, true>(x, c, k);
+}
+
+template <class T>
+T erf_any(T x, const int* c, const ErfLimits<T>& k) {
+    if constexpr (std::is_same_v<T, double>)
+        if (fused()) return erf_fma(x, c, k);
+    return erf_value<T>(x, c, k);
+}
+
+}  // namespace
+
+// The workers take a short way, without levels of their own, once the thread's term counts
+// are known and the argument is one that cannot raise an error; a level that ends cleanly
+// leaves no trace, so the two ways cannot be told apart.
+template <class T>
+T erfc(T x) {
+    const int* c = thread_counts[precision_index<T>()];
+    const ErfLimits<T>& k = erf_limits<T>();
+    if (c != nullptr && c[1] != 0 && !(x > k.xmax)) return static_cast<T>(erfc_any<T>(x, c, k));
+    return static_cast<T>(erfc_body<T>(x));
+}
+
+template <class T>
+T erf(T x) {
+    const ErfLimits<T>& k = erf_limits<T>();
+    const double y = std::fabs(double(x));
+    // erfc is needed for 1 < |x| <= xbig.
+    const bool tail = y > 1 && y <= k.xbig;
+    const int* ready = thread_counts[precision_index<T>()];
+    if (ready != nullptr && ready[0] != 0 && (!tail || ready[1] != 0)) return erf_any<T>(x, ready, k);
+    frame::Level level("l_erf");
+    int* c = counts<T>();
+    if (c == nullptr) return Mach<T>::nan();
+    if (c[0] == 0) c[0] = inits(erfcs<T>.data(), 21, eta<T>(), inits_name<T>());
+    if (tail) {
+        frame::Level call(std::is_same_v<T, float> ? "qnum_f_erfc" : "qnum_d_erfc");
+        frame::Level inner("l_erfc");
+        fill_erfc_counts<T>(c);
+    }
+    return erf_any<T>(x, c, k);
 }
 
 template <class T>

@@ -73,13 +73,16 @@ template <class W>
 bool csevl_checks(W x, int n, const char* name);
 // The n-term series of a table at t in the working precision V: csevl in double or long double
 // on the table in that precision, or the double-double series (the double table `hi`, its first
-// two coefficients completed by `lo`).
-template <class T, class V, std::size_t N>
+// two coefficients completed by `lo`; F: the fused multiply-add form).
+template <class T, class V, std::size_t N, bool F = false>
 V cheb(V t, const long double (&wide)[N], const std::array<double, N>& hi, const std::array<double, N>& lo, int n,
        const char* name) {
     if constexpr (std::is_same_v<V, DD>) {
-        if (!csevl_checks(t.hi, n, name)) return Mach<double>::nan();
-        return series(t, hi.data(), lo.data(), n);
+        // The checks are out of line; the common case passes them without a call.
+        if ((n < 1 || n > 1000 || !(t.hi >= -1.1 && t.hi <= 1.1)) && !csevl_checks(t.hi, n, name))
+            return Mach<double>::nan();
+        if constexpr (F) return dd::series_fma(t, hi.data(), lo.data(), n);
+        else return series(t, hi.data(), lo.data(), n);
     } else if constexpr (std::is_same_v<V, double>) {
         return csevl<double>(t, hi.data(), n, name);
     } else {

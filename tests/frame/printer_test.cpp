@@ -48,6 +48,12 @@ TEST_F(Printing, EachTypePrintsAtItsTimeUnderItsName) {
     qnum_e1psh("qnum_f_outer");
     EXPECT_EQ(capture_errors([] { raise_in("l_inner", 3, 150, "Inner."); }), "");
     EXPECT_EQ(capture_errors([] { qnum_e1pop("qnum_f_outer"); }), warning + "l_inner.  Inner.\n\n");
+    // A catalogue text prints the values of the raise, whatever slots and strings hold by then.
+    char array[] = "a";
+    qnum_e1psh("qnum_f_later");
+    qnum_e1stl(1, array), qnum_ermes(3, 150), array[0] = 'b', qnum_e1stl(1, "c");
+    EXPECT_EQ(capture_errors([] { qnum_e1pop("qnum_f_later"); }),
+              warning + "qnum_f_later.  The required array\n***          \"a\" is a null pointer.\n\n");
 }
 
 // The header "*** WARNING  Error QNUM_MISSING_ARRAY from qnum_f_wrap.  " takes 57 columns:

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "frame/cpu.hpp"
 #include "qnum_test.hpp"
 #include "qnummath.h"
 #include "special_test.hpp"
@@ -102,12 +103,16 @@ TYPED_TEST_SUITE(Accuracy, Precisions);
 
 // Every point whose value lies in T's normal range is checked, except where the routine
 // declares an underflow (its limit lies a little inside the range); values that overflow or
-// fall below the normal range are the business of the error tests.
+// fall below the normal range are the business of the error tests. The double routines run
+// on the machine's path and on the portable one.
 TYPED_TEST(Accuracy, WithinTheStatedUlpsOfTheReference) {
     using T = TypeParam;
     constexpr bool is_float = std::is_same_v<T, float>;
     QuietErrors quiet;
+    for (const cpu::Path path : {cpu::detected(), cpu::Path::Portable})
     for (const Target<T>& t : targets<T>()) {
+        if (path == cpu::Path::Portable && (is_float || cpu::detected() == path)) continue;
+        cpu::force(path);
         const std::vector<Point> pts = load(t.name, t.nargs, is_float);
         ASSERT_GE(pts.size(), 10000u) << t.name << ": reference data missing";
         const double tol = is_float ? t.ulps_float : t.ulps_double;
@@ -135,9 +140,10 @@ TYPED_TEST(Accuracy, WithinTheStatedUlpsOfTheReference) {
                               << ", " << p.arg[2] << "): got " << double(got) << ", reference " << double(p.ref)
                               << ", error " << double(err) << " ulps";
         }
+        cpu::reset();
         char line[256];
         std::snprintf(line, sizeof line, "%-7s %-17s %6d points  worst %7.3f ulps (bound %g) at (%.9g, %.9g, %.9g): %.17g",
-                      is_float ? "float" : "double", t.name, checked, double(worst), tol,
+                      is_float ? "float" : path == cpu::Path::Portable ? "double (portable path)" : "double", t.name, checked, double(worst), tol,
                       worst_at ? worst_at->arg[0] : 0.0, worst_at ? worst_at->arg[1] : 0.0,
                       worst_at ? worst_at->arg[2] : 0.0, double(worst_got));
         report(line);

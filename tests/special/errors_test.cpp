@@ -124,15 +124,9 @@ TEST(SpecialErrors, TypeCodeSlotsAndResult) {
             if (std::isnan(c.reals[k])) EXPECT_TRUE(std::isnan(real_slot(int(k) + 1))) << c.what;
             else EXPECT_EQ(real_slot(int(k) + 1), c.reals[k]) << c.what << ", slot " << k + 1;
         }
-        if (c.code == 120) {
-            EXPECT_EQ(string_slot(1), "x") << c.what;
-        }
-        if (c.code == 9039) {
-            EXPECT_EQ(int_slot(1), 10000) << c.what;
-        }
-        if (c.code == 9001 || c.code == 9002) {
-            EXPECT_EQ(int_slot(1), c.code == 9001 ? 0 : 1001) << c.what;
-        }
+        if (c.code == 120) { EXPECT_EQ(string_slot(1), "x") << c.what; }
+        if (c.code == 9039) { EXPECT_EQ(int_slot(1), 10000) << c.what; }
+        if (c.code == 9001 || c.code == 9002) { EXPECT_EQ(int_slot(1), c.code == 9001 ? 0 : 1001) << c.what; }
     }
 }
 

@@ -108,6 +108,9 @@ TEST(DoubleDouble, ExpAndLogAgainstLongDouble) {
         rows.push_back(log_row(a, true));
     }
     for (const Row& r : rows) EXPECT_LE(std::fabs(r.got - r.want), r.tol) << r.a;
+    // Dekker's exact product (huge factors scaled before the split) agrees with the fused one.
+    for (double a : {0.1, 1.7e300, -5e305})
+        EXPECT_EQ(special::dd::two_prod(a, 1 / 3.0).lo, std::fma(a, 1 / 3.0, -(a * (1 / 3.0)))) << a;
     const DD low = special::exp(DD(-708.5));
     EXPECT_NEAR(low.hi + low.lo, double(std::exp(-708.5L)), 0x1p-52 * 3.3e-308);
 }
@@ -125,8 +128,7 @@ TYPED_TEST(Values, ErrorFunctionEdges) {
     EXPECT_EQ(F::erfc(T(0)), T(1));
     // Beyond xbig erf is exactly +-1; beyond -xbig erfc is exactly 2.
     const T big = std::is_same_v<T, float> ? T(4.0) : T(6.0);
-    EXPECT_EQ(F::erf(big), T(1));
-    EXPECT_EQ(F::erf(-big), T(-1));
+    for (T s : {T(1), T(-1)}) EXPECT_EQ(F::erf(s * big), s);
     EXPECT_EQ(F::erfc(-big), T(2));
     for (T x : {T(1e-30), T(1e-6), T(0.3), T(1), T(1.5), T(2), T(3.25)}) {
         EXPECT_EQ(F::erf(-x), -F::erf(x)) << x;
@@ -162,8 +164,7 @@ TYPED_TEST(Values, GammaAtTheIntegersAndHalfIntegers) {
     EXPECT_NEAR(F::gamma(T(0.5)) / sqrtpi, T(1), eps);
     EXPECT_NEAR(F::gamma(T(-0.5)) / (-2 * sqrtpi), T(1), eps);
     EXPECT_NEAR(F::gamma(T(-1.5)) / (4 * sqrtpi / 3), T(1), eps);
-    EXPECT_NEAR(F::log_gamma(T(1)), T(0), 2 * eps);
-    EXPECT_NEAR(F::log_gamma(T(2)), T(0), 2 * eps);
+    for (T x : {T(1), T(2)}) EXPECT_NEAR(F::log_gamma(x), T(0), 2 * eps) << x;
     EXPECT_NEAR(F::log_gamma(T(11)), std::log(T(3628800)), 2 * eps * 16);
     if constexpr (std::is_same_v<T, double>) {
         // Subnormal arguments, where double intermediates would overflow (mpmath, 50 digits).
@@ -194,8 +195,7 @@ TYPED_TEST(Values, BetaIdentities) {
         EXPECT_NEAR(F::beta_incomplete(x, T(1), T(1)), x, eps) << x;
         EXPECT_NEAR(F::beta_incomplete(x, T(3), T(1)) / (x * x * x), T(1), 4 * eps) << x;
     }
-    EXPECT_EQ(F::beta_incomplete(T(0), T(2), T(3)), T(0));
-    EXPECT_EQ(F::beta_incomplete(T(1), T(2), T(3)), T(1));
+    for (T x : {T(0), T(1)}) EXPECT_EQ(F::beta_incomplete(x, T(2), T(3)), x);
     EXPECT_EQ(qnum_n1rty(1), 0);
 }
 
