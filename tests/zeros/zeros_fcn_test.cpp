@@ -80,18 +80,16 @@ TYPED_TEST_SUITE(ZerosFcn, Precisions);
 TYPED_TEST(ZerosFcn, TableZerosWarningsAndEvaluationCounts) {
     using T = TypeParam;
     const double tol = std::sqrt(double(Prec<T>::eps()));
-    const auto cs = cases();
-    ASSERT_GE(cs.size(), 10u);
-    for (const Case& c : cs) {
+    ASSERT_GE(cases().size(), 10u);
+    for (const Case& c : cases()) {
         SCOPED_TRACE(c.name + " itmax " + std::to_string(c.itmax));
         std::vector<T> guesses(c.guesses.begin(), c.guesses.end());
         const int n = int(guesses.size());
         std::vector<int> counts(n, -1);
-        const double* s = c.settings.data();
-        auto pick = [](double v, double fallback) { return std::isnan(v) ? fallback : v; };
+        auto pick = [&](int k, double fallback) { return std::isnan(c.settings[k]) ? fallback : c.settings[k]; };
         Owned<T> z(zeros<T>(Recorder<T>::use(function<T>(c.name)), QNUM_NUM_ROOTS, n, QNUM_XGUESS, guesses.data(),
-                            QNUM_MAX_EVALS, c.itmax, QNUM_INFO_USER, counts.data(), QNUM_ERR_ABS, pick(s[0], tol),
-                            QNUM_ERR_REL, pick(s[1], tol), QNUM_ETA, pick(s[2], 0.01), QNUM_EPS, pick(s[3], tol), 0));
+                            QNUM_MAX_EVALS, c.itmax, QNUM_INFO_USER, counts.data(), QNUM_ERR_ABS, pick(0, tol),
+                            QNUM_ERR_REL, pick(1, tol), QNUM_ETA, pick(2, 0.01), QNUM_EPS, pick(3, tol), 0));
         ASSERT_NE(z, nullptr);
         int last_failed = 0, evaluations = 0;
         for (int i = 0; i < n; ++i) {
@@ -106,14 +104,10 @@ TYPED_TEST(ZerosFcn, TableZerosWarningsAndEvaluationCounts) {
             EXPECT_TRUE(found) << "zero " << t;
         }
         EXPECT_EQ(last_type(), last_failed > 0 ? 3 : 0);
-        if (last_failed > 0) {
-            EXPECT_EQ(std::vector<int>({last_code(), int_slot(1), int_slot(2)}), std::vector<int>({7001, c.itmax, last_failed}));
-        }
+        EXPECT_TRUE(last_failed == 0 || (last_code() == 7001 && int_slot(1) == c.itmax && int_slot(2) == last_failed));
         if constexpr (std::is_same_v<T, double>) {
-            for (int i = 0; i < n; ++i) {
-                EXPECT_EQ(counts[i], c.model_counts[i]) << "zero " << i;
-                EXPECT_NEAR(z[i], c.model_zeros[i], 1e-13 * std::max(1.0, std::abs(c.model_zeros[i]))) << "zero " << i;
-            }
+            for (int i = 0; i < n; ++i) EXPECT_EQ(counts[i], c.model_counts[i]) << "zero " << i;
+            for (int i = 0; i < n; ++i) EXPECT_NEAR(z[i], c.model_zeros[i], 1e-13 * std::max(1.0, std::abs(z[i]))) << i;
             EXPECT_EQ(int(Recorder<T>::points.size()), evaluations + c.pushes);
         }
     }
@@ -145,7 +139,11 @@ template <class T> T shifted_t(T x, void* data) { return x - *static_cast<T*>(da
 TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     using T = TypeParam;
     T (*cosx)(T) = function<T>("cos_minus_x");
-    EXPECT_NEAR(Owned<T>(zeros<T>(cosx, 0))[0], 0.7390851332151607, 1e-3);
+    // The default limit of 100 evaluations, here all in vain.
+    int count = 0;
+    T far = 30;
+    Owned<T>(zeros<T>(function<T>("atan_shifted"), QNUM_XGUESS, &far, QNUM_INFO_USER, &count, 0));
+    EXPECT_EQ(std::make_pair(count, int_slot(1)), std::make_pair(101, 100));
 
     // A huge err_abs by address accepts the first point; the counts come back by address.
     T big = 10, eta = T(0.01), eps = T(1e-3), rel = T(1e-3), loose = T(0.5);
@@ -157,7 +155,6 @@ TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     EXPECT_EQ(std::make_pair(z[0], info[0]), std::make_pair(T(-1), 1));
 
     // err_rel by address: a loose one stops at the first Mueller step.
-    int count = 0;
     z.reset(zeros<T>(cosx, QNUM_ERR_REL_ADR, &loose, QNUM_INFO_USER, &count, 0));
     EXPECT_EQ(count, 4);
 
@@ -177,6 +174,9 @@ TYPED_TEST(ZerosFcn, OptionsByAddressAndUserData) {
     ASSERT_NE(z, nullptr);
     EXPECT_LT(Recorder<T>::points.size(), 1000u);
     EXPECT_GE(std::abs(z[1] - z[0]), T(100));
+    // Points exactly eps from an earlier zero lie outside its neighbourhood and are not pushed.
+    z.reset(zeros<T>(Recorder<T>::use([](T x) { return x; }), QNUM_NUM_ROOTS, 2, QNUM_EPS, 1.0, 0));
+    EXPECT_EQ(std::vector<T>(Recorder<T>::points.begin() + 3, Recorder<T>::points.begin() + 5), std::vector<T>({-1, 1}));
 
     // Counts asked for twice go where the later option says, never both.
     for (bool user_last : {false, true}) {
