@@ -6,11 +6,7 @@ namespace qnum::test {
 namespace {
 
 template <class T>
-class Shape : public ::testing::Test {
-protected:
-    QuietErrors quiet;
-};
-using Precisions = ::testing::Types<float, double>;
+using Shape = Quiet<T>;
 TYPED_TEST_SUITE(Shape, Precisions);
 
 // Collinear data make every Akima weight vanish; the plain mean keeps the line exact. A line
@@ -21,11 +17,7 @@ TYPED_TEST(Shape, AkimaKeepsLinesStraight) {
     for (T v : x) f.push_back(T(1.5) * v - 2);
     Spline<T> s(Api<T>::shape(7, x.data(), f.data(), 0));
     ASSERT_NE(s, nullptr);
-    for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(s->coef[0][4 * i + 1], T(1.5));
-        EXPECT_EQ(s->coef[0][4 * i + 2], 0);
-        EXPECT_EQ(s->coef[0][4 * i + 3], 0);
-    }
+    for (int i = 0; i < 6; ++i) EXPECT_EQ(std::vector<T>(s->coef[0] + 4 * i + 1, s->coef[0] + 4 * i + 4), std::vector<T>({1.5, 0, 0}));
     for (T& v : f) v = std::abs(v);  // corner between x = 0.5 and x = 2
     Spline<T> c(Api<T>::shape(7, x.data(), f.data(), 0));
     for (double t : {-3.0, -2.0, -0.5, 0.25}) EXPECT_NEAR(at<T>(c.get(), T(t)), 2 - 1.5 * t, 8 * eps<T>()) << t;
@@ -39,17 +31,13 @@ double violation(Pp<T>* s, const std::vector<T>& x, int sign) {
     double worst = 0, size = 0;
     for (std::size_t i = 0; i + 1 < x.size(); ++i) {
         for (int k = 0; k <= 64; ++k) {
-            const T t = x[i] + (x[i + 1] - x[i]) * T(k) / 64;
-            const double c = at<T>(s, t, 2);
-            size = std::max(size, std::abs(c));
-            worst = std::max(worst, -sign * c);
+            const double c = at<T>(s, x[i] + (x[i + 1] - x[i]) * T(k) / 64, 2);
+            size = std::max(size, std::abs(c)), worst = std::max(worst, -sign * c);
         }
     }
     for (int j = 0; j + 1 < s->num_breakpoints[0]; ++j) {
-        if (s->breakpoints[0][j] < x.front() || s->breakpoints[0][j + 1] > x.back()) continue;
-        const T* c = s->coef[0] + 4 * j;
-        const double h = double(s->breakpoints[0][j + 1]) - s->breakpoints[0][j];
-        worst = std::max({worst, -sign * double(c[2]), -sign * (c[2] + h * c[3])});
+        const T *c = s->coef[0] + 4 * j, *b = s->breakpoints[0] + j;
+        if (b[0] >= x.front() && b[1] <= x.back()) worst = std::max({worst, -sign * double(c[2]), -sign * (c[2] + (double(b[1]) - b[0]) * c[3])});
     }
     return worst / size;
 }
@@ -74,7 +62,7 @@ TYPED_TEST(Shape, ConcavityIsKeptOnDataWithCorners) {
             Spline<T> s(Api<T>::shape(17, x.data(), g.data(), QNUM_CONCAVE, QNUM_CONCAVE_ITMAX, itmax, 0));
             ASSERT_NE(s, nullptr);
             EXPECT_EQ(last_type(), itmax == 1 ? 3 : 0);
-            if (itmax == 1) EXPECT_EQ(last_code(), 3073);
+            EXPECT_TRUE(itmax > 1 || last_code() == 3073);
             EXPECT_GT(s->num_breakpoints[0], 17);
             EXPECT_EQ(s->num_coef[0], 4 * (s->num_breakpoints[0] - 1));
             for (int i = 0; i <= 16; ++i) EXPECT_NEAR(at<T>(s.get(), x[i]), g[i], 32 * eps<T>() * 16) << i;
@@ -102,10 +90,7 @@ TYPED_TEST(Shape, StraightRunsStayStraight) {
     std::vector<T> x = {0, 1, 2, 3, 4, 5, 6, 7, 8}, f = {9, 4, 1, 0, 1, 2, 3, 5, 9};
     Spline<T> s(Api<T>::shape(9, x.data(), f.data(), QNUM_CONCAVE, 0));
     ASSERT_NE(s, nullptr);
-    for (double t = 3; t <= 6; t += 0.25) {
-        EXPECT_NEAR(at<T>(s.get(), T(t)), t - 3, 16 * eps<T>()) << t;
-        EXPECT_NEAR(at<T>(s.get(), T(t), 1), 1, 16 * eps<T>()) << t;
-    }
+    for (double t = 3; t <= 6; t += 0.25) EXPECT_NEAR(std::abs(at<T>(s.get(), T(t)) - T(t - 3)) + std::abs(at<T>(s.get(), T(t), 1) - 1), 0, 16 * eps<T>()) << t;
     EXPECT_LT(violation<T>(s.get(), x, 1), 64 * eps<T>());
     EXPECT_LT(jump<T>(s.get(), 1), 64 * eps<T>());
 }
@@ -122,15 +107,13 @@ TYPED_TEST(Shape, RandomDataKeepTheirShape) {
         for (int i = 0; i < n; ++i) x[i] = T(i == 0 ? 0 : x[i - 1] + 1 + next() / 32.0), f[i] = T(next() / 8.0);
         Spline<T> s(Api<T>::shape(n, x.data(), f.data(), QNUM_CONCAVE, 0));
         ASSERT_NE(s, nullptr);
+        auto chord = [&](int i) { return (double(f[i + 1]) - f[i]) / (double(x[i + 1]) - x[i]); };
         for (int i = 1; i + 1 < n; ++i) {
-            const double ml = (f[i] - f[i - 1]) / (x[i] - x[i - 1]), mr = (f[i + 1] - f[i]) / (x[i + 1] - x[i]);
-            const double s1 = at<T>(s.get(), x[i], 1), tol = 64 * eps<T>() * (std::abs(ml) + std::abs(mr));
-            ASSERT_GE(s1, std::min(ml, mr) - tol) << trial << " " << i;
-            ASSERT_LE(s1, std::max(ml, mr) + tol) << trial << " " << i;
+            const double ml = chord(i - 1), mr = chord(i), s1 = at<T>(s.get(), x[i], 1), tol = 64 * eps<T>() * (std::abs(ml) + std::abs(mr));
+            ASSERT_TRUE(s1 >= std::min(ml, mr) - tol && s1 <= std::max(ml, mr) + tol) << trial << " " << i;
         }
         for (int i = 1; i + 2 < n; ++i) {
-            const double d1 = (f[i + 1] - f[i]) / (x[i + 1] - x[i]) - (f[i] - f[i - 1]) / (x[i] - x[i - 1]);
-            const double d2 = (f[i + 2] - f[i + 1]) / (x[i + 2] - x[i + 1]) - (f[i + 1] - f[i]) / (x[i + 1] - x[i]);
+            const double d1 = chord(i) - chord(i - 1), d2 = chord(i + 1) - chord(i);
             if (d1 * d2 <= 0) continue;  // the data turn in this interval
             ASSERT_LT(violation<T>(s.get(), {x[i], x[i + 1]}, d1 > 0 ? 1 : -1), 64 * eps<T>()) << trial << " " << i;
         }
