@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <functional>
@@ -41,35 +42,24 @@ template <class T> struct Quiet : ::testing::Test { QuietErrors quiet; };
 using Precisions = ::testing::Types<float, double>;
 
 // Value or derivative at x through the scalar entry.
-template <class T>
-T at(Pp<T>* p, T x, int deriv = 0) { return Api<T>::value(x, p, QNUM_DERIV, deriv, 0); }
+template <class T> T at(Pp<T>* p, T x, int deriv = 0) { return Api<T>::value(x, p, QNUM_DERIV, deriv, 0); }
 
 // The coefficients of a spline, and the largest of them: the scale of its rounding errors.
-template <class T>
-std::vector<T> coefs(const Pp<T>* p) { return std::vector<T>(p->coef[0], p->coef[0] + p->num_coef[0]); }
+template <class T> std::vector<T> coefs(const Pp<T>* p) { return {p->coef[0], p->coef[0] + p->num_coef[0]}; }
 template <class T>
 T scale_of(const Pp<T>* p) {
-    T s = 0;
-    for (T c : coefs<T>(p)) s = std::max(s, std::abs(c));
-    return s;
+    const auto c = coefs<T>(p);
+    return std::abs(*std::max_element(c.begin(), c.end(), [](T a, T b) { return std::abs(a) < std::abs(b); }));
 }
 
 // One case of data/interp/*.txt: the words of its "case" line, the data, and the rows of
 // numbers under "eval" and "integral".
-struct RefCase {
-    std::vector<std::string> head;
-    std::vector<double> x, f;
-    std::vector<std::vector<double>> eval, integral;
-};
+struct RefCase { std::vector<std::string> head; std::vector<double> x, f; std::vector<std::vector<double>> eval, integral; };
 
 inline std::vector<RefCase> load_cases(const std::string& file) {
     std::ifstream in(std::string(QNUM_TEST_DATA_DIR) + "/interp/" + file);
     std::vector<RefCase> cases;
-    auto numbers = [](std::istream& s) {
-        std::vector<double> v;
-        for (double e; s >> e;) v.push_back(e);
-        return v;
-    };
+    auto numbers = [](std::istream& s) { std::vector<double> v; for (double e; s >> e;) v.push_back(e); return v; };
     for (std::string line, word; std::getline(in, line);) {
         std::istringstream s(line);
         if (!(s >> word) || word[0] == '#') continue;
@@ -85,8 +75,7 @@ inline std::vector<RefCase> load_cases(const std::string& file) {
     return cases;
 }
 
-template <class T>
-std::vector<T> cast(const std::vector<double>& v) { return std::vector<T>(v.begin(), v.end()); }
+template <class T> std::vector<T> cast(const std::vector<double>& v) { return {v.begin(), v.end()}; }
 
 // Largest jump of derivative k across the interior breakpoints, each side's piece evaluated
 // from its own coefficients, relative to the size of that derivative.
@@ -105,14 +94,8 @@ double jump(const Pp<T>* p, int k) {
 
 // An error table: each call returns `bad` (NaN for values; 0 standing for a null pointer, see
 // ptr) with its type, code and integer substitutions.
-struct ErrorRow {
-    const char* what;
-    std::function<double()> call;
-    int type, code;
-    std::vector<int> ints;
-};
-template <class F>
-std::function<double()> ptr(F f) { return [f] { return f() == nullptr ? 0.0 : 1.0; }; }
+struct ErrorRow { const char* what; std::function<double()> call; int type, code; std::vector<int> ints; };
+template <class F> std::function<double()> ptr(F f) { return [f] { return f() == nullptr ? 0.0 : 1.0; }; }
 
 inline void check_errors(const std::vector<ErrorRow>& table, double bad) {
     for (const ErrorRow& c : table) {

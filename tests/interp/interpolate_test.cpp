@@ -1,5 +1,5 @@
-// Interpolation builders: against the peer, periodic ends, sorting, the structure's layout, and
-// every error path.
+// Interpolation builders against the peer, periodic ends, sorting, the structure's layout,
+// evaluation on grids, and every error path.
 #include <algorithm>
 #include <climits>
 
@@ -49,9 +49,11 @@ TYPED_TEST(Builders, MatchThePeerInAnyOrder) {
             for (int k = 0; k < 5; ++k)
                 EXPECT_NEAR(at<T>(s.get(), T(p[0]), k), k < 4 ? p[k + 1] : 0, 256 * eps<T>() * size[k % 4]) << k << " " << p[0];
         }
-        for (const auto& q : c.integral)
-            EXPECT_NEAR(Api<T>::integral(T(q[0]), T(q[1]), s.get()), q[2], 256 * eps<T>() * size[0] * (std::abs(q[1] - q[0]) + 1))
-                << q[0] << " to " << q[1];
+        for (const auto& q : c.integral) {
+            const T v = Api<T>::integral(T(q[0]), T(q[1]), s.get());
+            EXPECT_NEAR(v, q[2], 256 * eps<T>() * size[0] * (std::abs(q[1] - q[0]) + 1)) << q[0] << " to " << q[1];
+            EXPECT_EQ(Api<T>::integral(T(q[1]), T(q[0]), s.get()), -v);
+        }
         std::vector<T> xr(x.rbegin(), x.rend()), fr(f.rbegin(), f.rend());
         std::rotate(xr.begin(), xr.begin() + 1, xr.end());
         std::rotate(fr.begin(), fr.begin() + 1, fr.end());
@@ -87,8 +89,7 @@ TYPED_TEST(Builders, PpolyCreateLaysOutOneBlock) {
     std::vector<T> b0 = {0, 1, 2, 3, 4}, b1 = {-1, 1};
     T* bps[2] = {b0.data(), b1.data()};
     std::vector<std::vector<T>> cv(3, std::vector<T>(48));
-    for (int t = 0; t < 3; ++t)
-        for (int i = 0; i < 48; ++i) cv[t][i] = T(t * 100 + i);
+    for (int i = 0; i < 144; ++i) cv[i / 48][i % 48] = T(i / 48 * 100 + i % 48);
     T* cps[3] = {cv[0].data(), cv[1].data(), cv[2].data()};
     Spline<T> p(Api<T>::create(2, 3, order, nbp, QNUM_BREAKPOINTS, bps, QNUM_COEFFICIENTS, cps, 0));
     ASSERT_NE(p, nullptr);
@@ -163,9 +164,75 @@ TYPED_TEST(Builders, TracebackNamesTheStep) {
     std::vector<T> x = {0, 2, 1, 2}, f = {1, 2, 3, 4};
     qnum_error_options(QNUM_SET_PRINT, 4, 1, QNUM_SET_TRACEBACK, 4, 1, 0);
     const std::string out = capture_errors([&] { Api<T>::interp(4, x.data(), f.data(), 0); });
-    EXPECT_NE(out.find("QNUM_C1SOR"), std::string::npos) << out;
-    EXPECT_NE(out.find("QNUM_REPEATED_ABSCISSA"), std::string::npos) << out;
-    EXPECT_NE(out.find("xdata[1] and xdata[3] are both 2"), std::string::npos) << out;
+    for (const char* want : {"QNUM_C1SOR", "QNUM_REPEATED_ABSCISSA", "xdata[1] and xdata[3] are both 2"})
+        EXPECT_NE(out.find(want), std::string::npos) << out;
+}
+
+// A zigzag through nine points.
+template <class T>
+Spline<T> zigzag(std::vector<T> x = {0, 0.625, 1, 1.625, 2, 2.625, 3, 3.625, 4}, std::vector<T> f = {-2, 0, 2, -1, 1, -2, 0, 2, -1}) {
+    return Spline<T>(Api<T>::interp(9, x.data(), f.data(), 0));
+}
+
+// A grid (every breakpoint among its points, and points beyond them) gives, point by point,
+// what the scalar call gives, into a new array or the caller's.
+TYPED_TEST(Builders, GridsAgreeWithSinglePoints) {
+    using T = TypeParam;
+    Spline<T> s = zigzag<T>();
+    Pp<T>* p = s.get();
+    std::vector<T> g(p->breakpoints[0], p->breakpoints[0] + 9);
+    for (double t = -1.5; t < 6; t += 0.0625) g.push_back(T(t));
+    std::sort(g.begin(), g.end());
+    g.erase(std::unique(g.begin(), g.end()), g.end());
+    const int n = int(g.size());
+    for (int deriv : {0, 1, 2, 3, 5}) {
+        T* v = nullptr;
+        std::vector<T> u(n), one(n);
+        Api<T>::value(T(0), p, QNUM_DERIV, deriv, QNUM_GRID, n, g.data(), &v, 0);
+        ASSERT_NE(v, nullptr);
+        const T first = Api<T>::value(T(0), p, QNUM_GRID_USER, n, g.data(), u.data(), QNUM_DERIV, deriv, 0);
+        EXPECT_EQ(std::make_pair(first, last_type()), std::make_pair(u[0], 0));
+        for (int i = 0; i < n; ++i) one[i] = at<T>(p, g[i], deriv);
+        EXPECT_TRUE(std::vector<T>(v, v + n) == one && u == one) << deriv;
+        qnum_free_allocated_memory(v);
+    }
+}
+
+// Every error gives NaN, and so does every grid entry; a NaN grid point passes the order test
+// and gives a NaN entry of its own.
+TYPED_TEST(Builders, EvaluationErrorsGiveNaN) {
+    using T = TypeParam;
+    using A = Api<T>;
+    Spline<T> s = zigzag<T>();
+    Pp<T>* p = s.get();
+    std::vector<T> g = {0, 1, 1, 2}, u(4, T(7));
+    T* v = reinterpret_cast<T*>(&u);  // any non-null value: it must be replaced
+    auto all_nan = [](const T* e) { return std::isnan(e[0]) && std::isnan(e[1]) && std::isnan(e[2]) && std::isnan(e[3]); };
+    EXPECT_TRUE(std::isnan(A::value(T(0), p, QNUM_GRID_USER, 4, g.data(), u.data(), 0)) && all_nan(u.data()));
+    EXPECT_EQ(std::vector<double>({double(last_type()), double(last_code()), double(int_slot(1)), double(int_slot(2)), real_slot(1)}),
+              std::vector<double>({4, 3122, 1, 2, 1}));
+    A::value(T(0), p, QNUM_GRID, 4, g.data(), &v, 0);
+    EXPECT_TRUE(v != nullptr && all_nan(v));
+    std::free(v);
+    g = {0, std::numeric_limits<T>::quiet_NaN(), 1, 2};
+    A::value(T(0), p, QNUM_GRID_USER, 4, g.data(), u.data(), 0);
+    EXPECT_TRUE(last_type() == 0 && std::isnan(u[1]) && u[2] == at<T>(p, T(1)));
+    u.assign(4, T(7));
+    Spline<T> empty(A::create(1, 1, std::vector<int>{4}.data(), std::vector<int>{3}.data(), 0));
+    empty->num_breakpoints[0] = 1;
+    check_errors({
+        {"grid negative deriv", [&] { return double(A::value(T(0), p, QNUM_DERIV, -2, QNUM_GRID_USER, 4, g.data(), u.data(), 0)); }, 5, 3108, {-2}},
+        {"negative deriv", [&] { return double(A::value(T(0), p, QNUM_DERIV, -1, 0)); }, 5, 3108, {-1}},
+        {"empty grid", [&] { return double(A::value(T(0), p, QNUM_GRID, 0, g.data(), &v, 0)); }, 5, 3123, {}},
+        {"null grid", [&] { return double(A::value(T(0), p, QNUM_GRID_USER, 4, (T*)nullptr, u.data(), 0)); }, 5, 150, {}},
+        {"null result", [&] { return double(A::value(T(0), p, QNUM_GRID_USER, 4, g.data(), (T*)nullptr, 0)); }, 5, 104, {}},
+        {"null ppoly", [&] { return double(A::value(T(0), (Pp<T>*)nullptr, 0)); }, 5, 150, {}},
+        {"empty ppoly", [&] { return double(A::value(T(0), empty.get(), 0)); }, 5, 3109, {}},
+        {"unknown option", [&] { return double(A::value(T(0), p, QNUM_DERIV, 1, 77, 0)); }, 5, 103, {77}},
+        {"integral null", [&] { return double(A::integral(T(0), T(1), (Pp<T>*)nullptr)); }, 5, 150, {}},
+        {"integral empty", [&] { return double(A::integral(T(0), T(1), empty.get())); }, 5, 3109, {}},
+    }, NAN);
+    EXPECT_TRUE(v == nullptr && all_nan(u.data()));  // the empty grid handed back no array
 }
 
 }  // namespace
