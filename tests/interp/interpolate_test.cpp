@@ -1,6 +1,5 @@
 // Interpolation builders against the peer, periodic ends, sorting, the structure's layout,
 // evaluation on grids, and every error path.
-#include <algorithm>
 #include <climits>
 
 #include "spline_test.hpp"
@@ -8,8 +7,7 @@
 namespace qnum::test {
 namespace {
 
-template <class T>
-using Builders = Quiet<T>;
+template <class T> using Builders = Quiet<T>;
 TYPED_TEST_SUITE(Builders, Precisions);
 
 // Against the peer's values, derivatives and integrals for every end condition (head of a
@@ -34,29 +32,26 @@ TYPED_TEST(Builders, MatchThePeerInAnyOrder) {
     for (const RefCase& c : cases) {
         SCOPED_TRACE(c.head[0]);
         std::vector<T> x = cast<T>(c.x), f = cast<T>(c.f);
-        Spline<T> s(build(c, x, f, false));
-        ASSERT_NE(s, nullptr);
-        EXPECT_EQ(last_type(), 0);
         const int n = int(x.size());
-        ASSERT_EQ(s->num_coef[0], 4 * (n - 1));
+        Spline<T> s(build(c, x, f, false));
+        ASSERT_TRUE(s != nullptr && s->num_coef[0] == 4 * (n - 1));
+        EXPECT_EQ(last_type(), 0);
         EXPECT_EQ(std::vector<T>(s->breakpoints[0], s->breakpoints[0] + s->num_breakpoints[0]), x);
         // Errors scale with the size of each derivative over the whole case; the data are
         // exact, so what remains is the rounding of the solve, a few hundred ulps at most.
         double size[4] = {0, 0, 0, 0};
         for (const auto& p : c.eval)
             for (int k = 0; k < 4; ++k) size[k] = std::max({size[k], std::abs(p[k + 1]), k ? size[k - 1] : 0.0});
-        for (const auto& p : c.eval) {
+        for (const auto& p : c.eval)
             for (int k = 0; k < 5; ++k)
                 EXPECT_NEAR(at<T>(s.get(), T(p[0]), k), k < 4 ? p[k + 1] : 0, 256 * eps<T>() * size[k % 4]) << k << " " << p[0];
-        }
         for (const auto& q : c.integral) {
             const T v = Api<T>::integral(T(q[0]), T(q[1]), s.get());
             EXPECT_NEAR(v, q[2], 256 * eps<T>() * size[0] * (std::abs(q[1] - q[0]) + 1)) << q[0] << " to " << q[1];
             EXPECT_EQ(Api<T>::integral(T(q[1]), T(q[0]), s.get()), -v);
         }
-        std::vector<T> xr(x.rbegin(), x.rend()), fr(f.rbegin(), f.rend());
-        std::rotate(xr.begin(), xr.begin() + 1, xr.end());
-        std::rotate(fr.begin(), fr.begin() + 1, fr.end());
+        std::vector<T> xr, fr;  // reversed and rotated by one
+        for (int i = 0; i < n; ++i) xr.push_back(x[n - 1 - (i + 1) % n]), fr.push_back(f[n - 1 - (i + 1) % n]);
         const std::vector<T> xr0 = xr, fr0 = fr;
         Spline<T> r(build(c, xr, fr, true));
         ASSERT_NE(r, nullptr);
@@ -111,8 +106,7 @@ TYPED_TEST(Builders, ErrorsAreReportedWithTheirValues) {
     const T nan = std::numeric_limits<T>::quiet_NaN();
     std::vector<T> xn = {0, 1, nan, 3, 4}, fn = {0, 1, 3, nan, 4}, xd = {0, 1, 1, 2};
     int il = 0, big_order = 4, big_n = INT_MAX, zero = 0, bad_nb = 1;
-    T* null = nullptr;
-    T* xsp = xs.data();
+    T *null = nullptr, *xsp = xs.data();
     using A = Api<T>;
     check_errors({
         {"one point", ptr([&] { return A::e_cnd(1, xs.data(), f.data(), 0); }), 5, 3066, {1}},
@@ -156,34 +150,26 @@ TYPED_TEST(Builders, ErrorsAreReportedWithTheirValues) {
     EXPECT_EQ((A::smooth(5, xs.data(), f.data(), QNUM_WEIGHTS, w.data(), 0), real_slot(1)), -2);
     A::create(1, 2, &big_order, &big_n, 0);
     EXPECT_EQ(string_slot(1) + " " + string_slot(2), "domain_dim target_dim");
-}
-
-// The builders name their steps, so that a traceback shows where an error arose.
-TYPED_TEST(Builders, TracebackNamesTheStep) {
-    using T = TypeParam;
-    std::vector<T> x = {0, 2, 1, 2}, f = {1, 2, 3, 4};
+    // The builders name their steps, so that a traceback shows where an error arose.
     qnum_error_options(QNUM_SET_PRINT, 4, 1, QNUM_SET_TRACEBACK, 4, 1, 0);
-    const std::string out = capture_errors([&] { Api<T>::interp(4, x.data(), f.data(), 0); });
+    const std::string out = capture_errors([&] { A::interp(4, x.data(), f.data(), 0); });
     for (const char* want : {"QNUM_C1SOR", "QNUM_REPEATED_ABSCISSA", "xdata[1] and xdata[3] are both 2"})
         EXPECT_NE(out.find(want), std::string::npos) << out;
 }
 
-// A zigzag through nine points.
 template <class T>
 Spline<T> zigzag(std::vector<T> x = {0, 0.625, 1, 1.625, 2, 2.625, 3, 3.625, 4}, std::vector<T> f = {-2, 0, 2, -1, 1, -2, 0, 2, -1}) {
     return Spline<T>(Api<T>::interp(9, x.data(), f.data(), 0));
 }
 
-// A grid (every breakpoint among its points, and points beyond them) gives, point by point,
+// A grid (every breakpoint among its points, and points beyond them both) gives, point by point,
 // what the scalar call gives, into a new array or the caller's.
 TYPED_TEST(Builders, GridsAgreeWithSinglePoints) {
     using T = TypeParam;
     Spline<T> s = zigzag<T>();
     Pp<T>* p = s.get();
-    std::vector<T> g(p->breakpoints[0], p->breakpoints[0] + 9);
+    std::vector<T> g;
     for (double t = -1.5; t < 6; t += 0.0625) g.push_back(T(t));
-    std::sort(g.begin(), g.end());
-    g.erase(std::unique(g.begin(), g.end()), g.end());
     const int n = int(g.size());
     for (int deriv : {0, 1, 2, 3, 5}) {
         T* v = nullptr;
@@ -217,7 +203,6 @@ TYPED_TEST(Builders, EvaluationErrorsGiveNaN) {
     g = {0, std::numeric_limits<T>::quiet_NaN(), 1, 2};
     A::value(T(0), p, QNUM_GRID_USER, 4, g.data(), u.data(), 0);
     EXPECT_TRUE(last_type() == 0 && std::isnan(u[1]) && u[2] == at<T>(p, T(1)));
-    u.assign(4, T(7));
     Spline<T> empty(A::create(1, 1, std::vector<int>{4}.data(), std::vector<int>{3}.data(), 0));
     empty->num_breakpoints[0] = 1;
     check_errors({

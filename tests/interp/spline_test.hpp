@@ -15,8 +15,7 @@
 
 namespace qnum::test {
 
-template <class T>
-struct Api;
+template <class T> struct Api;
 #define QNUM_SPLINE_API(T, P)                                                                                \
     template <>                                                                                              \
     struct Api<T> {                                                                                          \
