@@ -27,22 +27,22 @@ TYPED_TEST(Internals, ArgumentChecksAndTheTriangleInverse) {
     T *A = a.data(), *F = f.data(), *X = x.data();
     auto none = [](auto call) { return [call] { return call(), (const void*)nullptr; }; };
     check_errors({
-        {"norm rows above lda", 5, 1015, {5, 4}, {}, none([&] { linsys::nr1rr(5, 2, A, 4); })},
-        {"norm rows", 5, 1016, {0}, {}, none([&] { linsys::nr1rr(0, 2, A, 4); })},
-        {"norm columns", 5, 1017, {-1}, {}, none([&] { linsys::nr1rr(2, -1, A, 4); })},
-        {"lu order", 5, 1010, {0}, {}, none([&] { linsys::l2trg(0, A, 4, F, 4, p.data(), s.data()); })},
-        {"lu lda", 5, 1011, {4, 3}, {}, none([&] { linsys::l2trg(4, A, 3, F, 4, p.data(), s.data()); })},
-        {"lu ldfac", 5, 1012, {4, 2}, {}, none([&] { linsys::l2trg(4, A, 4, F, 2, p.data(), s.data()); })},
-        {"condition order", 5, 1016, {0}, {}, none([&] { linsys::l2crg(0, A, 4, F, 4, p.data(), &rc, X, s.data()); })},
-        {"solve order", 5, 1010, {0}, {}, none([&] { linsys::lfsrg(0, A, 4, p.data(), X, 1, X); })},
-        {"solve ldfac", 5, 1012, {4, 3}, {}, none([&] { linsys::lfsrg(4, A, 3, p.data(), X, 1, X); })},
-        {"solve path", 5, is_complex_v<T> ? 3097 : 1033, {}, {}, none([&] { linsys::lfsrg(4, A, 4, p.data(), X, 3, X); })},
-        {"triangle order", 5, 1010, {0}, {}, none([&] { linsys::linrt(0, A, 4, F, 4); })},
-        {"triangle lda", 5, 1011, {4, 1}, {}, none([&] { linsys::linrt(4, A, 1, F, 4); })},
-        {"triangle ldainv", 5, 1013, {4, 2}, {}, none([&] { linsys::linrt(4, A, 4, F, 2); })},
-        {"cholesky order", 5, 1010, {-3}, {}, none([&] { linsys::chol_factor(-3, A, 4, F, 4); })},
-        {"cholesky lda", 5, 1011, {4, 2}, {}, none([&] { linsys::chol_factor(4, A, 2, F, 4); })},
-        {"cholesky ldfac", 5, 1012, {4, 3}, {}, none([&] { linsys::chol_factor(4, A, 4, F, 3); })},
+        {"norm rows above lda", 1015, {5, 4}, {}, none([&] { linsys::nr1rr(5, 2, A, 4); })},
+        {"norm rows", 1016, {0}, {}, none([&] { linsys::nr1rr(0, 2, A, 4); })},
+        {"norm columns", 1017, {-1}, {}, none([&] { linsys::nr1rr(2, -1, A, 4); })},
+        {"lu order", 1010, {0}, {}, none([&] { linsys::l2trg(0, A, 4, F, 4, p.data(), s.data()); })},
+        {"lu lda", 1011, {4, 3}, {}, none([&] { linsys::l2trg(4, A, 3, F, 4, p.data(), s.data()); })},
+        {"lu ldfac", 1012, {4, 2}, {}, none([&] { linsys::l2trg(4, A, 4, F, 2, p.data(), s.data()); })},
+        {"condition order", 1016, {0}, {}, none([&] { linsys::l2crg(0, A, 4, F, 4, p.data(), &rc, X, s.data()); })},
+        {"solve order", 1010, {0}, {}, none([&] { linsys::lfsrg(0, A, 4, p.data(), X, 1, X); })},
+        {"solve ldfac", 1012, {4, 3}, {}, none([&] { linsys::lfsrg(4, A, 3, p.data(), X, 1, X); })},
+        {"solve path", is_complex_v<T> ? 3097 : 1033, {}, {}, none([&] { linsys::lfsrg(4, A, 4, p.data(), X, 3, X); })},
+        {"triangle order", 1010, {0}, {}, none([&] { linsys::linrt(0, A, 4, F, 4); })},
+        {"triangle lda", 1011, {4, 1}, {}, none([&] { linsys::linrt(4, A, 1, F, 4); })},
+        {"triangle ldainv", 1013, {4, 2}, {}, none([&] { linsys::linrt(4, A, 4, F, 2); })},
+        {"cholesky order", 1010, {-3}, {}, none([&] { linsys::chol_factor(-3, A, 4, F, 4); })},
+        {"cholesky lda", 1011, {4, 2}, {}, none([&] { linsys::chol_factor(4, A, 2, F, 4); })},
+        {"cholesky ldfac", 1012, {4, 3}, {}, none([&] { linsys::chol_factor(4, A, 4, F, 3); })},
     });
     linsys::lfsrg(4, A, 4, p.data(), X, 0, X);
     EXPECT_EQ(int_slot(is_complex_v<T> ? 1 : 3), 0);
@@ -125,9 +125,9 @@ TEST(LinsysThreads, ConcurrentSolvesMatchSerialOnes) {
         double* inv = nullptr;
         Freed x(qnum_d_lin_sol_gen(n, a.data(), b.data(), QNUM_INVERSE, &inv, 0)), fi(inv);
         Freed y(qnum_d_lin_sol_posdef(n, inv, b.data(), 0));  // any matrix will do: only the outcome is compared
-        std::vector<double> out = vec((double*)x.p, n);
+        std::vector<double> out = vec((double*)x.get(), n);
         out.push_back(qnum_n1rty(1));
-        if (y.p != nullptr) out.insert(out.end(), (double*)y.p, (double*)y.p + n);
+        if (y.get() != nullptr) out.insert(out.end(), (double*)y.get(), (double*)y.get() + n);
         return out;
     };
     for (int t = 0; t < threads; ++t) want[t] = solve(t);

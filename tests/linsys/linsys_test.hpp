@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <random>
 #include <sstream>
 
@@ -211,21 +212,17 @@ std::vector<T> narrow_all(const std::vector<std::complex<long double>>& v) {
 }
 
 // Frees a routine-allocated result at the end of the scope.
-struct Freed {
-    void* p;
-    explicit Freed(void* q) : p(q) {}
-    ~Freed() { qnum_free_allocated_memory(p); }
-    Freed(const Freed&) = delete;
-    Freed& operator=(const Freed&) = delete;
-};
+struct FreeFn { void operator()(void* p) const { qnum_free_allocated_memory(p); } };
+using Freed = std::unique_ptr<void, FreeFn>;
 
 // An error table: each call returns null with the type, code and substitutions of its row.
 struct ErrorRow {
     const char* what;
-    int type, code;
+    int code;
     std::vector<int> ints;
     std::vector<std::string> strings;
     std::function<const void*()> call;
+    int type = 5;
 };
 inline void check_errors(const std::vector<ErrorRow>& table) {
     for (const ErrorRow& e : table) {

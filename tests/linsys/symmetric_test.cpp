@@ -26,54 +26,38 @@ std::vector<T> gram(const std::vector<T>& bm, int n, int ld, Real<T> shift) {
 template <class T>
 std::vector<T> make_hpd(int n, int ld, unsigned seed) { return gram(make_matrix<T>(Kind::Random, n, n, seed), n, ld, Real<T>(n)); }
 
-TYPED_TEST(Posdef, SolvesReadingOnlyTheUpperTriangle) {
+// Only the upper triangle is read (the rest holds the sentinel). R is upper with R^H R = A,
+// zero below the diagonal and in the padding; the inverse times A is the identity; the factor
+// solves again bit for bit; inverse only into the caller's array gives the same numbers and
+// leaves its padding; in place, the factor overwrites the upper triangle of a and nothing else.
+TYPED_TEST(Posdef, SolvesFactorsAndInvertsFromTheUpperTriangle) {
     using T = TypeParam;
-    for (int n : {1, 2, 31, 33, 70}) {
-        const int ld = n + 2;
-        std::vector<T> full = make_hpd<T>(n, ld, 10 + n), a = full, b = make_vector<T>(n, 20 + n);
-        for (int i = 0; i < n; ++i)
-            for (int j = 0; j < i; ++j) a[i * ld + j] = T(std::numeric_limits<Real<T>>::quiet_NaN());
-        const std::vector<T> a0 = a;
-        Freed fx(posdef(n, a.data(), b.data(), QNUM_A_COL_DIM, ld, 0));
-        ASSERT_NE(fx.p, nullptr);
-        EXPECT_EQ(last_type(), 0);
-        EXPECT_LT(backward_error(n, full.data(), ld, (T*)fx.p, b.data(), false), 4.0L) << n;
-        EXPECT_TRUE(same_bits(a, a0));
-    }
-}
-
-// R upper with R^H R = A, zero below the diagonal and in the padding; the inverse times A is
-// the identity; the factor solves again bit for bit; inverse only into the caller's array gives
-// the same numbers and leaves its padding; in place, the factor overwrites the upper triangle
-// of a and leaves the rest.
-TYPED_TEST(Posdef, FactorRoundTripAndInverse) {
-    using T = TypeParam;
-    for (int n : {1, 5, 45}) {
+    for (int n : {1, 2, 5, 33, 45, 70}) {
         SCOPED_TRACE(n);
-        const int fcd = n + 1;
-        std::vector<T> a = make_hpd<T>(n, n, 30 + n), b = make_vector<T>(n, 40 + n), x2(n);
+        const int ld = n + 2, fcd = n + 1;
+        std::vector<T> full = make_hpd<T>(n, ld, 10 + n), a = full, b = make_vector<T>(n, 20 + n), x2(n);
+        for (int i = 0; i < n; ++i) std::fill(&a[i * ld], &a[i * ld + i], sentinel<T>());
+        const std::vector<T> a0 = a;
         T *f = nullptr, *inv = nullptr;
-        T* x = posdef(n, a.data(), b.data(), QNUM_FACTOR, &f, QNUM_FAC_COL_DIM, fcd, QNUM_INVERSE, &inv, 0);
+        T* x = posdef(n, a.data(), b.data(), QNUM_A_COL_DIM, ld, QNUM_FACTOR, &f, QNUM_FAC_COL_DIM, fcd, QNUM_INVERSE, &inv, 0);
         Freed fx(x), ff(f), fi(inv);
-        ASSERT_TRUE(f != nullptr && inv != nullptr);
+        ASSERT_TRUE(x != nullptr && f != nullptr && inv != nullptr);
+        EXPECT_EQ(last_type(), 0);
+        EXPECT_LT(backward_error(n, full.data(), ld, x, b.data(), false), 4.0L);
+        EXPECT_TRUE(same_bits(a, a0));
         for (int i = 0; i < n; ++i)
-            for (int j = 0; j < fcd; ++j)
-                if (j < i || j >= n) EXPECT_EQ(widen(f[i * fcd + j]), widen(T(0))) << i << " " << j;
-        EXPECT_LT(rel_diff(n, product(n, f, fcd, f, fcd, true), a.data(), n) / (n * eps<T>()), 2.0L);
-        EXPECT_LT(rel_diff(n, product(n, inv, n, a.data(), n), (T*)nullptr, 0), 40 * n * eps<T>());
-        EXPECT_EQ(posdef(n, (T*)nullptr, b.data(), QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, f, QNUM_FAC_COL_DIM, fcd, QNUM_RETURN_USER,
-                         x2.data(), 0),
-                  x2.data());
+            for (int j = 0; j < fcd; ++j) EXPECT_TRUE((j >= i && j < n) || f[i * fcd + j] == T(0)) << i << " " << j;
+        EXPECT_LT(rel_diff(n, product(n, f, fcd, f, fcd, true), full.data(), ld) / (n * eps<T>()), 2.0L);
+        EXPECT_LT(rel_diff(n, product(n, inv, n, full.data(), ld), (T*)nullptr, 0), 40 * n * eps<T>());
+        EXPECT_EQ(posdef(n, (T*)nullptr, b.data(), QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, f, QNUM_FAC_COL_DIM, fcd, QNUM_RETURN_USER, x2.data(), 0), x2.data());
         EXPECT_TRUE(same_bits(vec(x, n), x2));
         std::vector<T> mine(std::size_t(n) * (n + 1), sentinel<T>()), inplace = a;
-        posdef(n, a.data(), (T*)nullptr, QNUM_INVERSE_ONLY, QNUM_INVERSE_USER, mine.data(), QNUM_INV_COL_DIM, n + 1, 0);
+        posdef(n, a.data(), (T*)nullptr, QNUM_A_COL_DIM, ld, QNUM_INVERSE_ONLY, QNUM_INVERSE_USER, mine.data(), QNUM_INV_COL_DIM, n + 1, 0);
         EXPECT_EQ(last_type(), 0);
         EXPECT_TRUE(same_block(n, mine.data(), n + 1, inv, n));
+        posdef(n, inplace.data(), (T*)nullptr, QNUM_A_COL_DIM, ld, QNUM_FACTOR_ONLY, QNUM_FACTOR_USER, inplace.data(), QNUM_FAC_COL_DIM, ld, 0);
         for (int i = 0; i < n; ++i)
-            for (int j = 0; j < i; ++j) inplace[i * n + j] = sentinel<T>();
-        posdef(n, inplace.data(), (T*)nullptr, QNUM_FACTOR_ONLY, QNUM_FACTOR_USER, inplace.data(), 0);
-        for (int i = 0; i < n; ++i)
-            for (int j = 0; j < n; ++j) EXPECT_EQ(widen(inplace[i * n + j]), widen(j < i ? sentinel<T>() : f[i * fcd + j]));
+            for (int j = 0; j < ld; ++j) EXPECT_EQ(widen(inplace[i * ld + j]), widen(j >= i && j < n ? f[i * fcd + j] : sentinel<T>()));
     }
 }
 
@@ -103,25 +87,23 @@ TYPED_TEST(Posdef, EveryErrorWithItsSubstitutions) {
     T *A = a.data(), *B = b.data(), *F = f.data(), *nul = nullptr, *fp = nullptr;
     Real<T> cond;
     check_errors({
-        {"transpose is unknown", 5, 103, {QNUM_TRANSPOSE, 4}, {}, [&] { return posdef(n, A, B, QNUM_TRANSPOSE, 0); }},
-        {"unknown after a value", 5, 103, {QNUM_TRANSPOSE, 6}, {}, [&] { return posdef(n, A, B, QNUM_A_COL_DIM, n, QNUM_TRANSPOSE, 0); }},
-        {"null factor", 5, 104, {}, {"factor", "QNUM_FACTOR_USER"}, [&] { return posdef(n, A, B, QNUM_FACTOR_USER, nul, 0); }},
-        {"null inva", 5, 104, {}, {"inva", "QNUM_INVERSE_USER"}, [&] { return posdef(n, A, B, QNUM_INVERSE_USER, nul, 0); }},
-        {"null x", 5, 104, {}, {"x", "QNUM_RETURN_USER"}, [&] { return posdef(n, A, B, QNUM_RETURN_USER, nul, 0); }},
-        {"null cond", 5, 104, {}, {"cond", "QNUM_CONDITION"}, [&] { return posdef(n, A, B, QNUM_CONDITION, (Real<T>*)nullptr, 0); }},
-        {"null a", 5, 6002, {}, {"a"}, [&] { return posdef(n, nul, B, 0); }},
-        {"null b", 5, 6002, {}, {"b"}, [&] { return posdef(n, A, nul, 0); }},
-        {"n = 0", 5, 1010, {0}, {}, [&] { return posdef(0, A, B, 0); }},
-        {"a_col_dim", 5, 1014, {3, 2}, {"a"}, [&] { return posdef(n, A, B, QNUM_A_COL_DIM, 2, 0); }},
-        {"fac_col_dim", 5, 1014, {3, 2}, {"factor"}, [&] { return posdef(n, A, B, QNUM_FAC_COL_DIM, 2, 0); }},
-        {"only options", 5, 1091, {}, {}, [&] { return posdef(n, A, B, QNUM_INVERSE_ONLY, QNUM_FACTOR_ONLY, 0); }},
-        {"solve only without factor", 5, 1027, {}, {}, [&] { return posdef(n, A, B, QNUM_SOLVE_ONLY, 0); }},
-        {"solve only with condition", 5, 1038, {}, {},
-         [&] { return posdef(n, A, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, F, QNUM_CONDITION, &cond, 0); }},
-        {"inverse only without inverse", 5, 1039, {}, {}, [&] { return posdef(n, A, B, QNUM_INVERSE_ONLY, 0); }},
-        {"factor only without factor", 5, 1040, {}, {}, [&] { return posdef(n, A, B, QNUM_FACTOR_ONLY, 0); }},
-        {"factor too large", 5, 1035, {INT_MAX}, {},
-         [&] { return posdef(INT_MAX, A, B, QNUM_A_COL_DIM, INT_MAX, QNUM_FAC_COL_DIM, INT_MAX, QNUM_FACTOR, &fp, 0); }},
+        {"transpose is unknown", 103, {QNUM_TRANSPOSE, 4}, {}, [&] { return posdef(n, A, B, QNUM_TRANSPOSE, 0); }},
+        {"unknown after a value", 103, {QNUM_TRANSPOSE, 6}, {}, [&] { return posdef(n, A, B, QNUM_A_COL_DIM, n, QNUM_TRANSPOSE, 0); }},
+        {"null factor", 104, {}, {"factor", "QNUM_FACTOR_USER"}, [&] { return posdef(n, A, B, QNUM_FACTOR_USER, nul, 0); }},
+        {"null inva", 104, {}, {"inva", "QNUM_INVERSE_USER"}, [&] { return posdef(n, A, B, QNUM_INVERSE_USER, nul, 0); }},
+        {"null x", 104, {}, {"x", "QNUM_RETURN_USER"}, [&] { return posdef(n, A, B, QNUM_RETURN_USER, nul, 0); }},
+        {"null cond", 104, {}, {"cond", "QNUM_CONDITION"}, [&] { return posdef(n, A, B, QNUM_CONDITION, (Real<T>*)nullptr, 0); }},
+        {"null a", 6002, {}, {"a"}, [&] { return posdef(n, nul, B, 0); }},
+        {"null b", 6002, {}, {"b"}, [&] { return posdef(n, A, nul, 0); }},
+        {"n = 0", 1010, {0}, {}, [&] { return posdef(0, A, B, 0); }},
+        {"a_col_dim", 1014, {3, 2}, {"a"}, [&] { return posdef(n, A, B, QNUM_A_COL_DIM, 2, 0); }},
+        {"fac_col_dim", 1014, {3, 2}, {"factor"}, [&] { return posdef(n, A, B, QNUM_FAC_COL_DIM, 2, 0); }},
+        {"only options", 1091, {}, {}, [&] { return posdef(n, A, B, QNUM_INVERSE_ONLY, QNUM_FACTOR_ONLY, 0); }},
+        {"solve only without factor", 1027, {}, {}, [&] { return posdef(n, A, B, QNUM_SOLVE_ONLY, 0); }},
+        {"solve only with condition", 1038, {}, {}, [&] { return posdef(n, A, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, F, QNUM_CONDITION, &cond, 0); }},
+        {"inverse only without inverse", 1039, {}, {}, [&] { return posdef(n, A, B, QNUM_INVERSE_ONLY, 0); }},
+        {"factor only without factor", 1040, {}, {}, [&] { return posdef(n, A, B, QNUM_FACTOR_ONLY, 0); }},
+        {"factor too large", 1035, {INT_MAX}, {}, [&] { return posdef(INT_MAX, A, B, QNUM_A_COL_DIM, INT_MAX, QNUM_FAC_COL_DIM, INT_MAX, QNUM_FACTOR, &fp, 0); }},
     });
 }
 
@@ -208,31 +190,25 @@ TYPED_TEST(Nonneg, EveryErrorWithItsSubstitutions) {
     std::vector<T> a = make_psd<T>(n, n, 1), b = make_vector<T>(n, 2), f(9, T(1));
     T *A = a.data(), *B = b.data(), *F = f.data(), *nul = nullptr, *fp = nullptr;
     check_errors({
-        {"unknown code", 5, 11001, {QNUM_A_COL_DIM, 4}, {}, [&] { return nonnegdef(n, A, B, QNUM_A_COL_DIM, n, 0); }},
-        {"unknown later", 5, 11001, {QNUM_CONDITION, 6}, {}, [&] { return nonnegdef(n, A, B, QNUM_TOLERANCE, 0.1, QNUM_CONDITION, 0); }},
-        {"null factor", 5, 104, {}, {"factor", "QNUM_FACTOR_USER"}, [&] { return nonnegdef(n, A, B, QNUM_FACTOR_USER, nul, 0); }},
-        {"n = 0", 5, 1010, {0}, {}, [&] { return nonnegdef(0, A, B, 0); }},
-        {"only options", 5, 1091, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_ONLY, 0); }},
-        {"factor only without factor", 5, 1040, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_FACTOR_ONLY, 0); }},
-        {"factor only with inverse", 5, 1093, {}, {},
-         [&] { return nonnegdef(n, A, B, QNUM_FACTOR_ONLY, QNUM_FACTOR_USER, F, QNUM_INVERSE, &fp, 0); }},
-        {"inverse only without inverse", 5, 1039, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_INVERSE_ONLY, 0); }},
-        {"inverse only with factor", 5, 1094, {}, {},
-         [&] { return nonnegdef(n, A, B, QNUM_INVERSE_ONLY, QNUM_INVERSE, &fp, QNUM_FACTOR_USER, F, 0); }},
-        {"solve only without factor", 5, 1027, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_SOLVE_ONLY, 0); }},
-        {"solve only with inverse", 5, 1092, {}, {},
-         [&] { return nonnegdef(n, A, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, F, QNUM_INVERSE_USER, F, 0); }},
-        {"inverse column dimension", 5, 1062, {2, 3}, {"inva", "n"},
-         [&] { return nonnegdef(n, A, B, QNUM_INVERSE, &fp, QNUM_INV_COL_DIM, 2, 0); }},
-        {"factor column dimension", 5, 1062, {1, 3}, {"factor", "n"},
-         [&] { return nonnegdef(n, A, B, QNUM_FACTOR, &fp, QNUM_FAC_COL_DIM, 1, 0); }},
-        {"factor column dimension, internal factor", 5, 1062, {2, 3}, {"factor", "n"},
-         [&] { return nonnegdef(n, A, B, QNUM_FAC_COL_DIM, 2, 0); }},
-        {"null a", 5, 150, {}, {"a"}, [&] { return nonnegdef(n, nul, B, 0); }},
-        {"null b", 5, 150, {}, {"b"}, [&] { return nonnegdef(n, A, nul, 0); }},
-        {"tolerance above 1", 5, 1048, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_TOLERANCE, 2.0, 0); }},
-        {"negative tolerance", 5, 1048, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_TOLERANCE, -0.5, 0); }},
-        {"out of memory", 5, 1047, {INT_MAX}, {}, [&] { return nonnegdef(INT_MAX, A, B, 0); }},
+        {"unknown code", 11001, {QNUM_A_COL_DIM, 4}, {}, [&] { return nonnegdef(n, A, B, QNUM_A_COL_DIM, n, 0); }},
+        {"unknown later", 11001, {QNUM_CONDITION, 6}, {}, [&] { return nonnegdef(n, A, B, QNUM_TOLERANCE, 0.1, QNUM_CONDITION, 0); }},
+        {"null factor", 104, {}, {"factor", "QNUM_FACTOR_USER"}, [&] { return nonnegdef(n, A, B, QNUM_FACTOR_USER, nul, 0); }},
+        {"n = 0", 1010, {0}, {}, [&] { return nonnegdef(0, A, B, 0); }},
+        {"only options", 1091, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_ONLY, 0); }},
+        {"factor only without factor", 1040, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_FACTOR_ONLY, 0); }},
+        {"factor only with inverse", 1093, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_FACTOR_ONLY, QNUM_FACTOR_USER, F, QNUM_INVERSE, &fp, 0); }},
+        {"inverse only without inverse", 1039, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_INVERSE_ONLY, 0); }},
+        {"inverse only with factor", 1094, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_INVERSE_ONLY, QNUM_INVERSE, &fp, QNUM_FACTOR_USER, F, 0); }},
+        {"solve only without factor", 1027, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_SOLVE_ONLY, 0); }},
+        {"solve only with inverse", 1092, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, F, QNUM_INVERSE_USER, F, 0); }},
+        {"inverse column dimension", 1062, {2, 3}, {"inva", "n"}, [&] { return nonnegdef(n, A, B, QNUM_INVERSE, &fp, QNUM_INV_COL_DIM, 2, 0); }},
+        {"factor column dimension", 1062, {1, 3}, {"factor", "n"}, [&] { return nonnegdef(n, A, B, QNUM_FACTOR, &fp, QNUM_FAC_COL_DIM, 1, 0); }},
+        {"factor column dimension, internal factor", 1062, {2, 3}, {"factor", "n"}, [&] { return nonnegdef(n, A, B, QNUM_FAC_COL_DIM, 2, 0); }},
+        {"null a", 150, {}, {"a"}, [&] { return nonnegdef(n, nul, B, 0); }},
+        {"null b", 150, {}, {"b"}, [&] { return nonnegdef(n, A, nul, 0); }},
+        {"tolerance above 1", 1048, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_TOLERANCE, 2.0, 0); }},
+        {"negative tolerance", 1048, {}, {}, [&] { return nonnegdef(n, A, B, QNUM_TOLERANCE, -0.5, 0); }},
+        {"out of memory", 1047, {INT_MAX}, {}, [&] { return nonnegdef(INT_MAX, A, B, 0); }},
     });
     nonnegdef(n, A, B, QNUM_TOLERANCE, 2.0, 0);
     EXPECT_EQ(real_slot(1), 2.0);
