@@ -53,8 +53,8 @@ TYPED_TEST(Gen, ScaledPivotingPrefersTheRowThatIsLargeForItsScale) {
 }
 
 // Against exact solutions and exact condition numbers, for the general solver and, on the
-// positive definite cases, the positive definite one: the estimate lies within a tenth of and
-// three times the true value, and the error within what the condition allows.
+// positive definite cases, the positive definite one: the estimate, a lower bound, lies within
+// 0.4 times the true value, and the error within what the condition allows.
 TYPED_TEST(Gen, ReferenceSolutionsAndConditionEstimates) {
     using T = TypeParam;
     int checked = 0;
@@ -75,7 +75,7 @@ TYPED_TEST(Gen, ReferenceSolutionsAndConditionEstimates) {
             long double err = 0, size = 0;
             for (int i = 0; i < c.n; ++i) err = std::max(err, std::abs(widen(x[i]) - c.x[i])), size = std::max(size, std::abs(c.x[i]));
             EXPECT_LE(err / size, 4 * c.n * ce);
-            EXPECT_TRUE(cond >= 0.1L * c.cond1 && cond <= 3.0L * c.cond1) << cond << " " << c.cond1;
+            EXPECT_TRUE(cond >= 0.4L * c.cond1 && cond <= 1.01L * c.cond1) << cond << " " << c.cond1;
             checked += !pd;
         }
     }
@@ -94,34 +94,6 @@ TYPED_TEST(Gen, ConditionEstimateIsSharpNearSingularity) {
         const long double anorm = std::max(std::abs(m[0]) + std::abs(m[2]), std::abs(m[1]) + std::abs(m[3]));
         const long double inorm = std::max(std::abs(m[3]) + std::abs(m[2]), std::abs(m[1]) + std::abs(m[0]));
         EXPECT_NEAR(cond / (anorm * inorm) * std::abs(m[0] * m[3] - m[1] * m[2]), 1.0L, 0.01L) << m[3];
-    }
-}
-
-// The inverse, allocated with zeroed padding, times A is the identity; inverse only into the
-// caller's array gives the same numbers and leaves its padding.
-TYPED_TEST(Gen, InverseTimesAIsTheIdentity) {
-    using T = TypeParam;
-    for (int n : {1, 4, 33, 70}) {
-        SCOPED_TRACE(n);
-        std::vector<T> a = make_matrix<T>(Kind::Random, n, n, 300 + n), b = make_vector<T>(n, 400 + n);
-        T* inv = nullptr;
-        Freed fx(gen(n, a.data(), b.data(), QNUM_INVERSE, &inv, QNUM_INV_COL_DIM, n + 2, 0)), fi(inv);
-        ASSERT_NE(inv, nullptr);
-        long double anorm = 0, inorm = 0;
-        for (int i = 0; i < n; ++i) {
-            long double ra = 0, ri = 0;
-            for (int j = 0; j < n; ++j) ra += std::abs(widen(a[i * n + j])), ri += std::abs(widen(inv[i * (n + 2) + j]));
-            anorm = std::max(anorm, ra), inorm = std::max(inorm, ri);
-            EXPECT_TRUE(inv[i * (n + 2) + n] == T(0) && inv[i * (n + 2) + n + 1] == T(0));
-        }
-        EXPECT_LT(rel_diff(n, product(n, inv, n + 2, a.data(), n), (T*)nullptr, 0) / (anorm * inorm * n * eps<T>()), 4.0L);
-        std::vector<T> mine(std::size_t(n) * (n + 1), sentinel<T>());
-        Real<T> cond = 0;
-        EXPECT_EQ(gen(n, a.data(), (T*)nullptr, QNUM_INVERSE_ONLY, QNUM_INVERSE_USER, mine.data(), QNUM_INV_COL_DIM, n + 1,
-                      QNUM_CONDITION, &cond, 0),
-                  nullptr);
-        EXPECT_TRUE(last_type() == 0 && cond >= Real<T>(1));
-        EXPECT_TRUE(same_block(n, mine.data(), n + 1, inv, n + 2));
     }
 }
 
@@ -145,46 +117,50 @@ long double format_error(int n, const std::vector<T>& a, const T* f, int ldf, co
     return worst / (scale * n * eps<T>());
 }
 
-// The factor, allocated with zeroed padding, solves again in another call bit for bit, plain
-// and transposed; factoring in place in a gives the same factor and leaves the padding.
-TYPED_TEST(Gen, FactorFormatAndRoundTrip) {
+// The factor and the inverse come with zeroed padding. The factor solves again in another call
+// bit for bit, plain and transposed; factoring in place in a gives the same factor and leaves
+// the padding. The inverse times A is the identity; inverse only into the caller's array gives
+// the same numbers and leaves its padding.
+TYPED_TEST(Gen, FactorAndInverseRoundTrips) {
     using T = TypeParam;
     for (int n : {1, 5, 40, 97}) {
         SCOPED_TRACE(n);
-        const int fcd = n + 3;
-        std::vector<T> a = make_matrix<T>(Kind::RowScaled, n, n, 500 + n), b = make_vector<T>(n, 600 + n);
+        const int fcd = n + 3, icd = n + 2;
+        std::vector<T> a = make_matrix<T>(Kind::RowScaled, n, n, 500 + n), b = make_vector<T>(n, 600 + n), x2(n);
         int* pvt = nullptr;
-        T* f = nullptr;
-        T* x = gen(n, a.data(), b.data(), QNUM_FACTOR, &pvt, &f, QNUM_FAC_COL_DIM, fcd, 0);
-        Freed fx(x), fp(pvt), ff(f);
-        ASSERT_NE(f, nullptr);
+        T *f = nullptr, *inv = nullptr;
+        T* x = gen(n, a.data(), b.data(), QNUM_FACTOR, &pvt, &f, QNUM_FAC_COL_DIM, fcd, QNUM_INVERSE, &inv, QNUM_INV_COL_DIM, icd, 0);
+        Freed fx(x), fp(pvt), ff(f), fi(inv);
+        ASSERT_TRUE(f != nullptr && inv != nullptr);
         EXPECT_EQ(pvt[n - 1], n);
         EXPECT_LT(format_error(n, a, f, fcd, pvt), 2.0L);
-        for (int i = 0; i < n; ++i)
-            for (int j = n; j < fcd; ++j) EXPECT_EQ(widen(f[i * fcd + j]), widen(T(0)));
-        std::vector<int> upvt(pvt, pvt + n);
-        std::vector<T> uf(f, f + std::size_t(n) * fcd), x2(n);
+        long double anorm = 0, inorm = 0;
+        for (int i = 0; i < n; ++i) {
+            long double ra = 0, ri = 0;
+            for (int j = 0; j < n; ++j) ra += std::abs(widen(a[i * n + j])), ri += std::abs(widen(inv[i * icd + j]));
+            anorm = std::max(anorm, ra), inorm = std::max(inorm, ri);
+            for (int j = n; j < fcd; ++j) EXPECT_TRUE(f[i * fcd + j] == T(0) && (j >= icd || inv[i * icd + j] == T(0))) << i << " " << j;
+        }
+        EXPECT_LT(rel_diff(n, product(n, inv, icd, a.data(), n), (T*)nullptr, 0) / (anorm * inorm * n * eps<T>()), 4.0L);
+        std::vector<int> upvt(pvt, pvt + n), ipvt2(n);
+        std::vector<T> uf(f, f + std::size_t(n) * fcd), inplace(std::size_t(n) * fcd, sentinel<T>()), mine(std::size_t(n) * (n + 1), sentinel<T>());
         for (int i = 0; i < n; ++i) uf[i * fcd + n] = sentinel<T>();
         const std::vector<T> uf0 = uf;
-        EXPECT_EQ(gen(n, (T*)nullptr, b.data(), QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, upvt.data(), uf.data(), QNUM_FAC_COL_DIM, fcd,
-                      QNUM_RETURN_USER, x2.data(), 0),
-                  x2.data());
+        EXPECT_EQ(gen(n, (T*)nullptr, b.data(), QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, upvt.data(), uf.data(), QNUM_FAC_COL_DIM, fcd, QNUM_RETURN_USER, x2.data(), 0), x2.data());
         EXPECT_TRUE(same_bits(vec(x, n), x2) && same_bits(uf, uf0));
-        T* xt = gen(n, a.data(), b.data(), QNUM_TRANSPOSE, 0);
-        T* xt2 = gen(n, (T*)nullptr, b.data(), QNUM_TRANSPOSE, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, upvt.data(), uf.data(),
-                     QNUM_FAC_COL_DIM, fcd, 0);
-        Freed fxt(xt), fxt2(xt2);
-        ASSERT_NE(xt2, nullptr);
-        EXPECT_TRUE(same_bits(vec(xt, n), vec(xt2, n)));
-        std::vector<T> inplace(std::size_t(n) * fcd, sentinel<T>());
+        Freed fxt(gen(n, a.data(), b.data(), QNUM_TRANSPOSE, 0));
+        Freed fxt2(gen(n, (T*)nullptr, b.data(), QNUM_TRANSPOSE, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, upvt.data(), uf.data(), QNUM_FAC_COL_DIM, fcd, 0));
+        ASSERT_NE(fxt2, nullptr);
+        EXPECT_TRUE(same_bits(vec((T*)fxt.get(), n), vec((T*)fxt2.get(), n)));
         for (int i = 0; i < n; ++i) std::copy(&a[i * n], &a[i * n] + n, &inplace[i * fcd]);
-        std::vector<int> ipvt2(n);
-        EXPECT_EQ(gen(n, inplace.data(), (T*)nullptr, QNUM_FACTOR_ONLY, QNUM_A_COL_DIM, fcd, QNUM_FACTOR_USER, ipvt2.data(),
-                      inplace.data(), 0),
-                  nullptr);
+        EXPECT_EQ(gen(n, inplace.data(), (T*)nullptr, QNUM_FACTOR_ONLY, QNUM_A_COL_DIM, fcd, QNUM_FACTOR_USER, ipvt2.data(), inplace.data(), 0), nullptr);
         EXPECT_EQ(last_type(), 0);
         EXPECT_EQ(vec(pvt, n), ipvt2);
         EXPECT_TRUE(same_block(n, inplace.data(), fcd, f, fcd));
+        Real<T> cond = 0;
+        EXPECT_EQ(gen(n, a.data(), (T*)nullptr, QNUM_INVERSE_ONLY, QNUM_INVERSE_USER, mine.data(), QNUM_INV_COL_DIM, n + 1, QNUM_CONDITION, &cond, 0), nullptr);
+        EXPECT_TRUE(last_type() <= 3 && cond >= Real<T>(1));  // row scaling makes some ill-conditioned
+        EXPECT_TRUE(same_block(n, mine.data(), n + 1, inv, icd));
     }
 }
 
@@ -254,7 +230,7 @@ TYPED_TEST(Gen, EveryErrorWithItsSubstitutions) {
     std::vector<T> z0(9, T(0)), z1 = {T(0), T(1), T(1), T(0), T(1), T(1), T(0), T(0), T(1)};
     std::vector<T> z2 = {T(1), T(1), T(1), T(0), T(1), T(1), T(0), T(0), T(0)};
     T *A = a.data(), *B = b.data(), *F = fac.data(), *nul = nullptr, *fp = nullptr;
-    int pv[3] = {1, 2, 3}, badpv[3] = {2, 1, 3};
+    int pv[3] = {1, 2, 3}, badpv[3] = {2, 1, 3}, badpv0[3] = {4, 2, 3};
     int* pp = nullptr;
     Real<T> cond;
     check_errors({
@@ -283,6 +259,7 @@ TYPED_TEST(Gen, EveryErrorWithItsSubstitutions) {
         {"inverse only without inverse", 1039, {}, {}, [&] { return gen(n, A, B, QNUM_INVERSE_ONLY, 0); }},
         {"factor only without factor", 1040, {}, {}, [&] { return gen(n, A, B, QNUM_FACTOR_ONLY, 0); }},
         {"pivot out of range", 1034, {2, 1, 3}, {}, [&] { return gen(n, nul, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, badpv, F, 0); }},
+        {"first pivot out of range", 1034, {1, 4, 3}, {}, [&] { return gen(n, nul, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, badpv0, F, 0); }},
         {"zero diagonal in a caller's factor", 1004, {}, {}, [&] { return gen(n, nul, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, pv, z0.data(), 0); }, 4},
         {"zero first pivot in a caller's factor", 1004, {}, {}, [&] { return gen(n, nul, B, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, pv, z1.data(), 0); }, 4},
         {"zero last pivot, transposed", 1004, {}, {}, [&] { return gen(n, nul, B, QNUM_TRANSPOSE, QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, pv, z2.data(), 0); }, 4},

@@ -56,16 +56,11 @@ QNUM_LINSYS_ENTRY(posdef)
 
 template <class T, class... A>
 T* nonnegdef(int n, T* a, T* b, A... args) {
-    if constexpr (std::is_same_v<T, float>) return qnum_f_lin_sol_nonnegdef(n, a, b, args...);
-    else return qnum_d_lin_sol_nonnegdef(n, a, b, args...);
+    if constexpr (std::is_same_v<T, float>) return qnum_f_lin_sol_nonnegdef(n, a, b, args...); else return qnum_d_lin_sol_nonnegdef(n, a, b, args...);
 }
 
 // A value no routine computes: storage a routine must not write holds it.
-template <class T>
-T sentinel() {
-    if constexpr (is_complex_v<T>) return T(-777.25f, 333.5f);
-    else return T(-777.25f);
-}
+template <class T> T sentinel() { if constexpr (is_complex_v<T>) return T(-777.25f, 333.5f); else return T(-777.25f); }
 
 template <class T>
 bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
@@ -77,13 +72,11 @@ template <class T>
 T random_value(std::mt19937& g) {
     std::uniform_real_distribution<double> d(-1, 1);
     const auto re = static_cast<Real<T>>(d(g));
-    if constexpr (is_complex_v<T>) return T(re, static_cast<Real<T>>(d(g)));
-    else return re;
+    if constexpr (is_complex_v<T>) return T(re, static_cast<Real<T>>(d(g))); else return re;
 }
 
-// Kinds of test matrix: uniform random; graded (entry (i, j) scaled by 2^-(i+j)/2);
-// rows scaled by random powers of ten over 12 decades; a Hilbert-like 1/(i+j+1) with a
-// random perturbation so that it is not symmetric.
+// Kinds of test matrix: uniform random; graded (entry (i, j) scaled by 2^-(i+j)/2); rows scaled
+// by powers of ten over 12 decades; a Hilbert-like 1/(i+j+1), perturbed so as not to be symmetric.
 enum class Kind { Random, Graded, RowScaled, Hilbert };
 
 // An n by n row-major matrix with rows ld apart; the padding holds the sentinel.
@@ -173,26 +166,15 @@ bool same_block(int n, const T* got, int ldg, const T* want, int ldw) {
 
 // One case of data/linsys/reference.txt: "case name real|complex n", then rows "a", "b",
 // "x" of numbers (pairs for complex data) and "cond1".
-struct RefCase {
-    std::string name;
-    bool complex = false;
-    int n = 0;
-    std::vector<std::complex<long double>> a, b, x;
-    long double cond1 = 0;
-};
+struct RefCase { std::string name; bool complex = false; int n = 0; std::vector<std::complex<long double>> a, b, x; long double cond1 = 0; };
 
 inline std::vector<RefCase> reference_cases() {
     std::ifstream in(std::string(QNUM_TEST_DATA_DIR) + "/linsys/reference.txt");
     std::vector<RefCase> out;
-    for (std::string line, tag; std::getline(in, line);) {
+    for (std::string line, tag, kind; std::getline(in, line);) {
         std::istringstream s(line);
         s >> tag;
-        if (tag == "case") {
-            std::string kind;
-            out.emplace_back();
-            s >> out.back().name >> kind >> out.back().n;
-            out.back().complex = kind == "complex";
-        }
+        if (tag == "case") out.emplace_back(), s >> out.back().name >> kind >> out.back().n, out.back().complex = kind == "complex";
         if (tag == "cond1") s >> out.back().cond1;
         if (tag != "a" && tag != "b" && tag != "x") continue;
         auto& v = tag == "a" ? out.back().a : tag == "b" ? out.back().b : out.back().x;
@@ -204,10 +186,7 @@ inline std::vector<RefCase> reference_cases() {
 template <class T>
 std::vector<T> narrow_all(const std::vector<std::complex<long double>>& v) {
     std::vector<T> out;
-    for (auto e : v) {
-        if constexpr (is_complex_v<T>) out.emplace_back(Real<T>(e.real()), Real<T>(e.imag()));
-        else out.push_back(T(e.real()));
-    }
+    for (auto e : v) if constexpr (is_complex_v<T>) out.emplace_back(Real<T>(e.real()), Real<T>(e.imag())); else out.push_back(T(e.real()));
     return out;
 }
 
@@ -216,14 +195,8 @@ struct FreeFn { void operator()(void* p) const { qnum_free_allocated_memory(p); 
 using Freed = std::unique_ptr<void, FreeFn>;
 
 // An error table: each call returns null with the type, code and substitutions of its row.
-struct ErrorRow {
-    const char* what;
-    int code;
-    std::vector<int> ints;
-    std::vector<std::string> strings;
-    std::function<const void*()> call;
-    int type = 5;
-};
+struct ErrorRow { const char* what; int code; std::vector<int> ints; std::vector<std::string> strings;
+                  std::function<const void*()> call; int type = 5; };
 inline void check_errors(const std::vector<ErrorRow>& table) {
     for (const ErrorRow& e : table) {
         SCOPED_TRACE(e.what);

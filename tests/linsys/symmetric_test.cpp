@@ -120,8 +120,8 @@ std::vector<T> make_psd(int n, int k, unsigned seed) {
 }
 
 // Consistent systems (an integer x0 keeps b = A x0 exact) are solved with the right rank;
-// A G A = A; the generalized inverse into the caller's array and the factor solving again give
-// the same numbers.
+// A G A = A, G handed back with zeroed padding; the generalized inverse into the caller's array
+// and the factor solving again give the same numbers.
 TYPED_TEST(Nonneg, ConsistentSingularSystemsAreSolvedWithTheRightRank) {
     using T = TypeParam;
     for (auto [n, k] : {std::pair{1, 1}, {4, 2}, {12, 5}, {12, 12}, {30, 17}}) {
@@ -131,7 +131,7 @@ TYPED_TEST(Nonneg, ConsistentSingularSystemsAreSolvedWithTheRightRank) {
             for (int j = 0; j < n; ++j) b[i] += a[i * n + j] * T(j % 5 - 2);
         const std::vector<T> a0 = a;
         T *f = nullptr, *g = nullptr;
-        T* x = nonnegdef(n, a.data(), b.data(), QNUM_FACTOR, &f, QNUM_INVERSE, &g, 0);
+        T* x = nonnegdef(n, a.data(), b.data(), QNUM_FACTOR, &f, QNUM_INVERSE, &g, QNUM_INV_COL_DIM, n + 1, 0);
         Freed fx(x), ff(f), fg(g);
         ASSERT_NE(x, nullptr);
         EXPECT_EQ(last_type(), 0) << last_code() << " " << int_slot(1);
@@ -140,11 +140,12 @@ TYPED_TEST(Nonneg, ConsistentSingularSystemsAreSolvedWithTheRightRank) {
         int rank = 0;
         for (int i = 0; i < n; ++i) rank += f[i * n + i] != T(0);
         EXPECT_EQ(rank, k);
-        const auto ag = product(n, a.data(), n, g, n);
+        for (int i = 0; i < n; ++i) EXPECT_EQ(g[i * (n + 1) + n], T(0));
+        const auto ag = product(n, a.data(), n, g, n + 1);
         EXPECT_LT(rel_diff(n, product(n, ag.data(), n, a.data(), n), a.data(), n), 1e4L * n * eps<T>());
         EXPECT_EQ(nonnegdef(n, a.data(), (T*)nullptr, QNUM_INVERSE_ONLY, QNUM_INVERSE_USER, mine.data(), QNUM_INV_COL_DIM, n + 1, 0),
                   nullptr);
-        EXPECT_TRUE(same_block(n, mine.data(), n + 1, g, n));
+        EXPECT_TRUE(same_block(n, mine.data(), n + 1, g, n + 1));
         nonnegdef(n, (T*)nullptr, b.data(), QNUM_SOLVE_ONLY, QNUM_FACTOR_USER, f, QNUM_RETURN_USER, x2.data(), 0);
         EXPECT_TRUE(same_bits(vec(x, n), x2));
     }
