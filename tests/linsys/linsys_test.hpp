@@ -34,12 +34,9 @@ template <class T> long double eps() { return Prec<T>::eps(); }
 template <class W> W conj_w(W v) { return v; }
 template <class W> std::complex<W> conj_w(std::complex<W> v) { return std::conj(v); }
 
-// C-typed pointers for the complex entry points.
-template <class V> V c_arg(V v) { return v; }
+// C-typed pointers for the complex entry points (the optional arguments pass as they are).
 inline qnum_f_complex* c_arg(C* p) { return reinterpret_cast<qnum_f_complex*>(p); }
 inline qnum_d_complex* c_arg(Z* p) { return reinterpret_cast<qnum_d_complex*>(p); }
-inline qnum_f_complex** c_arg(C** p) { return reinterpret_cast<qnum_f_complex**>(p); }
-inline qnum_d_complex** c_arg(Z** p) { return reinterpret_cast<qnum_d_complex**>(p); }
 
 #define QNUM_LINSYS_ENTRY(name)                                                                           \
     template <class T, class... A>                                                                        \
@@ -47,8 +44,8 @@ inline qnum_d_complex** c_arg(Z** p) { return reinterpret_cast<qnum_d_complex**>
         if constexpr (std::is_same_v<T, float>) return qnum_f_lin_sol_##name(n, a, b, args...);          \
         else if constexpr (std::is_same_v<T, double>) return qnum_d_lin_sol_##name(n, a, b, args...);    \
         else if constexpr (std::is_same_v<T, C>)                                                          \
-            return reinterpret_cast<T*>(qnum_c_lin_sol_##name(n, c_arg(a), c_arg(b), c_arg(args)...));   \
-        else return reinterpret_cast<T*>(qnum_z_lin_sol_##name(n, c_arg(a), c_arg(b), c_arg(args)...));  \
+            return reinterpret_cast<T*>(qnum_c_lin_sol_##name(n, c_arg(a), c_arg(b), args...));   \
+        else return reinterpret_cast<T*>(qnum_z_lin_sol_##name(n, c_arg(a), c_arg(b), args...));  \
     }
 QNUM_LINSYS_ENTRY(gen)
 QNUM_LINSYS_ENTRY(posdef)
@@ -63,16 +60,16 @@ T* nonnegdef(int n, T* a, T* b, A... args) {
 template <class T> T sentinel() { if constexpr (is_complex_v<T>) return T(-777.25f, 333.5f); else return T(-777.25f); }
 
 template <class T>
-bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), sizeof(T) * a.size()) == 0;
-}
+bool same_bits(const std::vector<T>& a, const std::vector<T>& b) { return a.size() == b.size() && !std::memcmp(a.data(), b.data(), sizeof(T) * a.size()); }
 template <class T> std::vector<T> vec(const T* p, std::size_t n) { return std::vector<T>(p, p + n); }
 
+// n values uniform in [-1, 1) (both parts for complex data) from g.
 template <class T>
-T random_value(std::mt19937& g) {
+std::vector<T> randoms(std::mt19937& g, int n) {
     std::uniform_real_distribution<double> d(-1, 1);
-    const auto re = static_cast<Real<T>>(d(g));
-    if constexpr (is_complex_v<T>) return T(re, static_cast<Real<T>>(d(g))); else return re;
+    std::vector<T> v(n);
+    for (T& e : v) { const auto re = Real<T>(d(g)); if constexpr (is_complex_v<T>) e = T(re, Real<T>(d(g))); else e = re; }
+    return v;
 }
 
 // Kinds of test matrix: uniform random; graded (entry (i, j) scaled by 2^-(i+j)/2); rows scaled
@@ -87,8 +84,9 @@ std::vector<T> make_matrix(Kind kind, int n, int ld, unsigned seed) {
     std::uniform_int_distribution<int> decade(-6, 6);
     for (int i = 0; i < n; ++i) {
         const Real<T> row_scale = kind == Kind::RowScaled ? Real<T>(std::pow(10.0, decade(g))) : 1;
+        const std::vector<T> row = randoms<T>(g, n);
         for (int j = 0; j < n; ++j) {
-            T v = random_value<T>(g);
+            T v = row[j];
             if (kind == Kind::Graded) v *= Real<T>(std::ldexp(1.0, -(i + j) / 2));
             if (kind == Kind::Hilbert) v = T(Real<T>(1.0 / (i + j + 1))) + v * Real<T>(1e-3);
             a[std::size_t(i) * ld + j] = v * row_scale;
@@ -97,13 +95,7 @@ std::vector<T> make_matrix(Kind kind, int n, int ld, unsigned seed) {
     return a;
 }
 
-template <class T>
-std::vector<T> make_vector(int n, unsigned seed) {
-    std::mt19937 g(seed);
-    std::vector<T> b(n);
-    for (auto& v : b) v = random_value<T>(g);
-    return b;
-}
+template <class T> std::vector<T> make_vector(int n, unsigned seed) { std::mt19937 g(seed); return randoms<T>(g, n); }
 
 // ||op(A) x - b||_inf / (||A||_inf ||x||_inf n eps), in long double; op is A, A^T for real
 // and A^H for complex data when `trans`.
