@@ -1,17 +1,16 @@
-// Shared pieces of the dense solver tests: typed entry points, row-major test matrices,
-// long double residuals and the committed reference table.
+// Shared pieces of the dense solver tests: typed entry points, row-major test matrices, long
+// double products and residuals, the committed reference table and error tables.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <complex>
 #include <cstring>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include "frame/prec.hpp"
 #include "qnum_test.hpp"
@@ -23,132 +22,80 @@ using C = std::complex<float>;
 using Z = std::complex<double>;
 using AllTypes = ::testing::Types<float, double, C, Z>;
 using RealTypes = ::testing::Types<float, double>;
+template <class T> struct Quiet : ::testing::Test { QuietErrors quiet; };
 
 template <class T>
 using Wide = std::conditional_t<is_complex_v<T>, std::complex<long double>, long double>;
+inline long double widen(long double v) { return v; }
+inline std::complex<long double> widen(std::complex<long double> v) { return v; }
+inline std::complex<long double> widen(C v) { return {v.real(), v.imag()}; }
+inline std::complex<long double> widen(Z v) { return {v.real(), v.imag()}; }
+template <class T> long double eps() { return Prec<T>::eps(); }
+template <class W> W conj_w(W v) { return v; }
+template <class W> std::complex<W> conj_w(std::complex<W> v) { return std::conj(v); }
 
-template <class T>
-Wide<T> widen(T v) {
-    if constexpr (is_complex_v<T>) {
-        return {v.real(), v.imag()};
-    } else {
-        return v;
-    }
-}
-template <class T>
-long double eps() {
-    return Prec<T>::eps();
-}
-template <class W>
-W conj_w(W v) {
-    if constexpr (std::is_same_v<W, long double>) {
-        return v;
-    } else {
-        return std::conj(v);
-    }
-}
-
-// C-typed pointers for the complex entry points.
-template <class V>
-V c_arg(V v) {
-    return v;
-}
+// C-typed pointers for the complex entry points (the optional arguments pass as they are).
 inline qnum_f_complex* c_arg(C* p) { return reinterpret_cast<qnum_f_complex*>(p); }
 inline qnum_d_complex* c_arg(Z* p) { return reinterpret_cast<qnum_d_complex*>(p); }
-inline qnum_f_complex** c_arg(C** p) { return reinterpret_cast<qnum_f_complex**>(p); }
-inline qnum_d_complex** c_arg(Z** p) { return reinterpret_cast<qnum_d_complex**>(p); }
 
-template <class T, class... A>
-T* gen(int n, T* a, T* b, A... args) {
-    if constexpr (std::is_same_v<T, float>) {
-        return qnum_f_lin_sol_gen(n, a, b, args...);
-    } else if constexpr (std::is_same_v<T, double>) {
-        return qnum_d_lin_sol_gen(n, a, b, args...);
-    } else if constexpr (std::is_same_v<T, C>) {
-        return reinterpret_cast<C*>(qnum_c_lin_sol_gen(n, c_arg(a), c_arg(b), c_arg(args)...));
-    } else {
-        return reinterpret_cast<Z*>(qnum_z_lin_sol_gen(n, c_arg(a), c_arg(b), c_arg(args)...));
+#define QNUM_LINSYS_ENTRY(name)                                                                           \
+    template <class T, class... A>                                                                        \
+    T* name(int n, T* a, T* b, A... args) {                                                               \
+        if constexpr (std::is_same_v<T, float>) return qnum_f_lin_sol_##name(n, a, b, args...);          \
+        else if constexpr (std::is_same_v<T, double>) return qnum_d_lin_sol_##name(n, a, b, args...);    \
+        else if constexpr (std::is_same_v<T, C>)                                                          \
+            return reinterpret_cast<T*>(qnum_c_lin_sol_##name(n, c_arg(a), c_arg(b), args...));   \
+        else return reinterpret_cast<T*>(qnum_z_lin_sol_##name(n, c_arg(a), c_arg(b), args...));  \
     }
-}
-
-template <class T, class... A>
-T* posdef(int n, T* a, T* b, A... args) {
-    if constexpr (std::is_same_v<T, float>) {
-        return qnum_f_lin_sol_posdef(n, a, b, args...);
-    } else if constexpr (std::is_same_v<T, double>) {
-        return qnum_d_lin_sol_posdef(n, a, b, args...);
-    } else if constexpr (std::is_same_v<T, C>) {
-        return reinterpret_cast<C*>(qnum_c_lin_sol_posdef(n, c_arg(a), c_arg(b), c_arg(args)...));
-    } else {
-        return reinterpret_cast<Z*>(qnum_z_lin_sol_posdef(n, c_arg(a), c_arg(b), c_arg(args)...));
-    }
-}
+QNUM_LINSYS_ENTRY(gen)
+QNUM_LINSYS_ENTRY(posdef)
+#undef QNUM_LINSYS_ENTRY
 
 template <class T, class... A>
 T* nonnegdef(int n, T* a, T* b, A... args) {
-    if constexpr (std::is_same_v<T, float>) {
-        return qnum_f_lin_sol_nonnegdef(n, a, b, args...);
-    } else {
-        return qnum_d_lin_sol_nonnegdef(n, a, b, args...);
-    }
+    if constexpr (std::is_same_v<T, float>) return qnum_f_lin_sol_nonnegdef(n, a, b, args...); else return qnum_d_lin_sol_nonnegdef(n, a, b, args...);
 }
 
 // A value no routine computes: storage a routine must not write holds it.
-template <class T>
-T sentinel() {
-    if constexpr (is_complex_v<T>) {
-        return T(-777.25f, 333.5f);
-    } else {
-        return static_cast<T>(-777.25f);
-    }
-}
+template <class T> T sentinel() { if constexpr (is_complex_v<T>) return T(-777.25f, 333.5f); else return T(-777.25f); }
 
 template <class T>
-bool same_bits(const std::vector<T>& a, const std::vector<T>& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), sizeof(T) * a.size()) == 0;
-}
+bool same_bits(const std::vector<T>& a, const std::vector<T>& b) { return a.size() == b.size() && !std::memcmp(a.data(), b.data(), sizeof(T) * a.size()); }
+template <class T> std::vector<T> vec(const T* p, std::size_t n) { return std::vector<T>(p, p + n); }
 
+// n values uniform in [-1, 1) (both parts for complex data) from g.
 template <class T>
-T random_value(std::mt19937& g) {
+std::vector<T> randoms(std::mt19937& g, int n) {
     std::uniform_real_distribution<double> d(-1, 1);
-    if constexpr (is_complex_v<T>) {
-        const auto re = static_cast<Real<T>>(d(g));
-        return T(re, static_cast<Real<T>>(d(g)));
-    } else {
-        return static_cast<T>(d(g));
-    }
+    std::vector<T> v(n);
+    for (T& e : v) { const auto re = Real<T>(d(g)); if constexpr (is_complex_v<T>) e = T(re, Real<T>(d(g))); else e = re; }
+    return v;
 }
 
-// Kinds of test matrix: uniform random; graded (entry (i, j) scaled by 2^-(i+j)/2);
-// rows scaled by random powers of ten over 12 decades; a Hilbert-like 1/(i+j+1) with a
-// random perturbation so that it is not symmetric.
+// Kinds of test matrix: uniform random; graded (entry (i, j) scaled by 2^-(i+j)/2); rows scaled
+// by powers of ten over 12 decades; a Hilbert-like 1/(i+j+1), perturbed so as not to be symmetric.
 enum class Kind { Random, Graded, RowScaled, Hilbert };
 
 // An n by n row-major matrix with rows ld apart; the padding holds the sentinel.
 template <class T>
 std::vector<T> make_matrix(Kind kind, int n, int ld, unsigned seed) {
     std::mt19937 g(seed);
-    std::vector<T> a(static_cast<std::size_t>(n) * ld, sentinel<T>());
+    std::vector<T> a(std::size_t(n) * ld, sentinel<T>());
     std::uniform_int_distribution<int> decade(-6, 6);
     for (int i = 0; i < n; ++i) {
-        const Real<T> row_scale = kind == Kind::RowScaled ? static_cast<Real<T>>(std::pow(10.0, decade(g))) : 1;
+        const Real<T> row_scale = kind == Kind::RowScaled ? Real<T>(std::pow(10.0, decade(g))) : 1;
+        const std::vector<T> row = randoms<T>(g, n);
         for (int j = 0; j < n; ++j) {
-            T v = random_value<T>(g);
-            if (kind == Kind::Graded) v *= static_cast<Real<T>>(std::ldexp(1.0, -(i + j) / 2));
-            if (kind == Kind::Hilbert) v = T(static_cast<Real<T>>(1.0 / (i + j + 1))) + v * Real<T>(1e-3);
-            a[static_cast<std::size_t>(i) * ld + j] = v * row_scale;
+            T v = row[j];
+            if (kind == Kind::Graded) v *= Real<T>(std::ldexp(1.0, -(i + j) / 2));
+            if (kind == Kind::Hilbert) v = T(Real<T>(1.0 / (i + j + 1))) + v * Real<T>(1e-3);
+            a[std::size_t(i) * ld + j] = v * row_scale;
         }
     }
     return a;
 }
 
-template <class T>
-std::vector<T> make_vector(int n, unsigned seed) {
-    std::mt19937 g(seed);
-    std::vector<T> b(n);
-    for (auto& v : b) v = random_value<T>(g);
-    return b;
-}
+template <class T> std::vector<T> make_vector(int n, unsigned seed) { std::mt19937 g(seed); return randoms<T>(g, n); }
 
 // ||op(A) x - b||_inf / (||A||_inf ||x||_inf n eps), in long double; op is A, A^T for real
 // and A^H for complex data when `trans`.
@@ -159,10 +106,8 @@ long double backward_error(int n, const T* a, int ld, const T* x, const T* b, bo
         Wide<T> s = -widen(b[i]);
         long double row = 0;
         for (int j = 0; j < n; ++j) {
-            Wide<T> aij = trans ? conj_w(widen(a[static_cast<std::size_t>(j) * ld + i]))
-                                : widen(a[static_cast<std::size_t>(i) * ld + j]);
-            s += aij * widen(x[j]);
-            row += std::abs(aij);
+            const Wide<T> aij = trans ? conj_w(widen(a[std::size_t(j) * ld + i])) : widen(a[std::size_t(i) * ld + j]);
+            s += aij * widen(x[j]), row += std::abs(aij);
         }
         res = std::max(res, static_cast<long double>(std::abs(s)));
         anorm = std::max(anorm, row);
@@ -171,72 +116,87 @@ long double backward_error(int n, const T* a, int ld, const T* x, const T* b, bo
     return res / (anorm * xnorm * n * eps<T>());
 }
 
-// One case of data/linsys/reference.txt.
-struct RefCase {
-    std::string name;
-    bool complex = false;
-    int n = 0;
-    std::vector<std::complex<long double>> a, b, x;
-    long double cond1 = 0;
-};
+// The n by n product op(P) Q in long double, P and Q row-major with rows ldp and ldq apart;
+// op(P) is P^H when `herm`.
+template <class P, class Q>
+auto product(int n, const P* p, int ldp, const Q* q, int ldq, bool herm = false) {
+    std::vector<decltype(widen(p[0]) * widen(q[0]))> out(std::size_t(n) * n);
+    for (int i = 0; i < n; ++i)
+        for (int k = 0; k < n; ++k) {
+            const auto pik = herm ? conj_w(widen(p[std::size_t(k) * ldp + i])) : widen(p[std::size_t(i) * ldp + k]);
+            for (int j = 0; j < n; ++j) out[std::size_t(i) * n + j] += pik * widen(q[std::size_t(k) * ldq + j]);
+        }
+    return out;
+}
+
+// max |M - E| / max |E| over n by n row-major matrices, E with rows lde apart; the identity
+// (and an absolute difference) when E is null.
+template <class W, class T>
+long double rel_diff(int n, const std::vector<W>& m, const T* e, int lde) {
+    long double worst = 0, size = e ? 0 : 1;
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j) {
+            const W want = e ? W(widen(e[std::size_t(i) * lde + j])) : W(i == j ? 1 : 0);
+            worst = std::max(worst, static_cast<long double>(std::abs(m[std::size_t(i) * n + j] - want)));
+            size = std::max(size, static_cast<long double>(std::abs(want)));
+        }
+    return worst / size;
+}
+
+// The n by n block of `got` (rows ldg apart) holds `want` (rows ldw apart) bit for bit, and
+// the padding of its rows the sentinel.
+template <class T>
+bool same_block(int n, const T* got, int ldg, const T* want, int ldw) {
+    const T s = sentinel<T>();
+    for (int i = 0; i < n; ++i) {
+        if (std::memcmp(got + std::size_t(i) * ldg, want + std::size_t(i) * ldw, n * sizeof(T)) != 0) return false;
+        for (int j = n; j < ldg; ++j)
+            if (std::memcmp(got + std::size_t(i) * ldg + j, &s, sizeof(T)) != 0) return false;
+    }
+    return true;
+}
+
+// One case of data/linsys/reference.txt: "case name real|complex n", then rows "a", "b",
+// "x" of numbers (pairs for complex data) and "cond1".
+struct RefCase { std::string name; bool complex = false; int n = 0; std::vector<std::complex<long double>> a, b, x; long double cond1 = 0; };
 
 inline std::vector<RefCase> reference_cases() {
     std::ifstream in(std::string(QNUM_TEST_DATA_DIR) + "/linsys/reference.txt");
     std::vector<RefCase> out;
-    std::string line;
-    auto read = [](std::istringstream& s, bool cplx, std::vector<std::complex<long double>>& v) {
-        long double re, im = 0;
-        while (s >> re) {
-            if (cplx) s >> im;
-            v.emplace_back(re, im);
-        }
-    };
-    while (std::getline(in, line)) {
+    for (std::string line, tag, kind; std::getline(in, line);) {
         std::istringstream s(line);
-        std::string tag;
         s >> tag;
-        if (tag == "case") {
-            RefCase c;
-            std::string kind;
-            s >> c.name >> kind >> c.n;
-            c.complex = kind == "complex";
-            out.push_back(c);
-        } else if (tag == "a") {
-            read(s, out.back().complex, out.back().a);
-        } else if (tag == "b") {
-            read(s, out.back().complex, out.back().b);
-        } else if (tag == "x") {
-            read(s, out.back().complex, out.back().x);
-        } else if (tag == "cond1") {
-            s >> out.back().cond1;
-        }
+        if (tag == "case") out.emplace_back(), s >> out.back().name >> kind >> out.back().n, out.back().complex = kind == "complex";
+        if (tag == "cond1") s >> out.back().cond1;
+        if (tag != "a" && tag != "b" && tag != "x") continue;
+        auto& v = tag == "a" ? out.back().a : tag == "b" ? out.back().b : out.back().x;
+        for (long double re, im = 0; s >> re && (!out.back().complex || s >> im);) v.emplace_back(re, im);
     }
     return out;
-}
-
-template <class T>
-T narrow(std::complex<long double> v) {
-    if constexpr (is_complex_v<T>) {
-        return T(static_cast<Real<T>>(v.real()), static_cast<Real<T>>(v.imag()));
-    } else {
-        return static_cast<T>(v.real());
-    }
 }
 
 template <class T>
 std::vector<T> narrow_all(const std::vector<std::complex<long double>>& v) {
     std::vector<T> out;
-    for (auto e : v) out.push_back(narrow<T>(e));
+    for (auto e : v) if constexpr (is_complex_v<T>) out.emplace_back(Real<T>(e.real()), Real<T>(e.imag())); else out.push_back(T(e.real()));
     return out;
 }
 
 // Frees a routine-allocated result at the end of the scope.
-struct Freed {
-    void* p;
-    explicit Freed(void* q) : p(q) {}
-    ~Freed() { qnum_free_allocated_memory(p); }
-    Freed(const Freed&) = delete;
-    Freed& operator=(const Freed&) = delete;
-};
+struct FreeFn { void operator()(void* p) const { qnum_free_allocated_memory(p); } };
+using Freed = std::unique_ptr<void, FreeFn>;
+
+// An error table: each call returns null with the type, code and substitutions of its row.
+struct ErrorRow { const char* what; int code; std::vector<int> ints; std::vector<std::string> strings;
+                  std::function<const void*()> call; int type = 5; };
+inline void check_errors(const std::vector<ErrorRow>& table) {
+    for (const ErrorRow& e : table) {
+        SCOPED_TRACE(e.what);
+        EXPECT_EQ(e.call(), nullptr);
+        EXPECT_EQ(std::vector<int>({last_type(), last_code()}), std::vector<int>({e.type, e.code}));
+        for (std::size_t k = 0; k < e.ints.size(); ++k) EXPECT_EQ(int_slot(int(k) + 1), e.ints[k]) << "i" << k + 1;
+        for (std::size_t k = 0; k < e.strings.size(); ++k) EXPECT_EQ(string_slot(int(k) + 1), e.strings[k]) << "l" << k + 1;
+    }
+}
 
 }  // namespace qnum::test
