@@ -289,8 +289,16 @@ Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, Lists<T>& w)
 }
 
 template <class T>
-Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
+Outcome<T> step_qng(Integrand<T>& fcn, T a, T b, Tol<T> tol) {
     using D = tables::Data<T>;
+    // A copy whose address does not escape: its count and level stay in registers across
+    // the integrand's calls.
+    Integrand<T> f = fcn;
+    struct Count {
+        Integrand<T>& to;
+        const Integrand<T>& from;
+        ~Count() { to.evals = from.evals; }
+    } count{fcn, f};
     const T hlgth = T(0.5) * (b - a), dhlgth = std::abs(hlgth), centr = T(0.5) * (b + a);
     const T fcentr = f(centr);
     T savfun[21], fv1[5], fv2[5], fv3[5], fv4[5];
