@@ -241,72 +241,65 @@ Outcome<T> step_qng(Integrand<T>& fcn, T a, T b, Tol<T> tol) {
         ~Count() { to.evals = from.evals; }
     } count{fcn, f};
     const T hlgth = T(0.5) * (b - a), dhlgth = std::abs(hlgth), centr = T(0.5) * (b + a);
+    // Each rule first samples, then sums: no sum is live across an integrand call.
+    auto sample = [&](const T* x, int n, T* right, T* left) {
+        for (int k = 0; k < n; ++k) {
+            const T absc = hlgth * x[k];
+            right[k] = f(centr + absc);
+            left[k] = f(centr - absc);
+        }
+    };
     const T fcentr = f(centr);
-    T savfun[21], fv1[5], fv2[5], fv3[5], fv4[5];
+    T savfun[21], fv1[5], fv2[5], fv3[5], fv4[5], up[22], down[22];
+    sample(D::qng_x1, 5, fv1, fv2);
+    sample(D::qng_x2, 5, fv3, fv4);
     Outcome<T> out;
     out.ier = limit_reached;
     out.bad_a = a;
     out.bad_b = b;
-    T res10 = 0, res21 = D::qng_w21b[5] * fcentr, resabs = D::qng_w21b[5] * std::abs(fcentr), resasc = 0;
-    T res43 = 0, res87 = 0;
+    T res10 = 0, res21 = D::qng_w21b[5] * fcentr, resabs = D::qng_w21b[5] * std::abs(fcentr);
+    for (int k = 0; k < 5; ++k) {
+        savfun[k] = fv1[k] + fv2[k];
+        res10 += D::qng_w10[k] * savfun[k];
+        res21 += D::qng_w21a[k] * savfun[k];
+        resabs += D::qng_w21a[k] * (std::abs(fv1[k]) + std::abs(fv2[k]));
+    }
+    for (int k = 0; k < 5; ++k) {
+        savfun[5 + k] = fv3[k] + fv4[k];
+        res21 += D::qng_w21b[k] * savfun[5 + k];
+        resabs += D::qng_w21b[k] * (std::abs(fv3[k]) + std::abs(fv4[k]));
+    }
+    resabs *= dhlgth;
+    const T reskh = T(0.5) * res21;
+    T resasc = D::qng_w21b[5] * std::abs(fcentr - reskh);
+    for (int k = 0; k < 5; ++k)
+        resasc += D::qng_w21a[k] * (std::abs(fv1[k] - reskh) + std::abs(fv2[k] - reskh)) +
+                  D::qng_w21b[k] * (std::abs(fv3[k] - reskh) + std::abs(fv4[k] - reskh));
+    resasc *= dhlgth;
+    // The 21-, 43- and 87-point results in turn, each against the one before.
+    T prev = res10, res = res21;
     for (int l = 1; l <= 3; ++l) {
-        if (l == 1) {
-            for (int k = 0; k < 5; ++k) {
-                const T absc = hlgth * D::qng_x1[k];
-                const T f1 = f(centr + absc), f2 = f(centr - absc);
-                res10 += D::qng_w10[k] * (f1 + f2);
-                res21 += D::qng_w21a[k] * (f1 + f2);
-                resabs += D::qng_w21a[k] * (std::abs(f1) + std::abs(f2));
-                savfun[k] = f1 + f2;
-                fv1[k] = f1;
-                fv2[k] = f2;
-            }
-            for (int k = 0; k < 5; ++k) {
-                const T absc = hlgth * D::qng_x2[k];
-                const T f1 = f(centr + absc), f2 = f(centr - absc);
-                res21 += D::qng_w21b[k] * (f1 + f2);
-                resabs += D::qng_w21b[k] * (std::abs(f1) + std::abs(f2));
-                savfun[5 + k] = f1 + f2;
-                fv3[k] = f1;
-                fv4[k] = f2;
-            }
-            out.result = res21 * hlgth;
-            resabs *= dhlgth;
-            const T reskh = T(0.5) * res21;
-            resasc = D::qng_w21b[5] * std::abs(fcentr - reskh);
-            for (int k = 0; k < 5; ++k)
-                resasc += D::qng_w21a[k] * (std::abs(fv1[k] - reskh) + std::abs(fv2[k] - reskh)) +
-                          D::qng_w21b[k] * (std::abs(fv3[k] - reskh) + std::abs(fv4[k] - reskh));
-            out.abserr = std::abs((res21 - res10) * hlgth);
-            resasc *= dhlgth;
-        } else if (l == 2) {
-            res43 = D::qng_w43b[11] * fcentr;
-            for (int k = 0; k < 10; ++k) res43 += savfun[k] * D::qng_w43a[k];
+        if (l == 2) {
+            sample(D::qng_x3, 11, up, down);
+            res = D::qng_w43b[11] * fcentr;
+            for (int k = 0; k < 10; ++k) res += savfun[k] * D::qng_w43a[k];
             for (int k = 0; k < 11; ++k) {
-                const T absc = hlgth * D::qng_x3[k];
-                const T f1 = f(absc + centr);
-                const T fval = f1 + f(centr - absc);
-                res43 += fval * D::qng_w43b[k];
-                savfun[10 + k] = fval;
+                savfun[10 + k] = up[k] + down[k];
+                res += savfun[10 + k] * D::qng_w43b[k];
             }
-            out.result = res43 * hlgth;
-            out.abserr = std::abs((res43 - res21) * hlgth);
-        } else {
-            res87 = D::qng_w87b[22] * fcentr;
-            for (int k = 0; k < 21; ++k) res87 += savfun[k] * D::qng_w87a[k];
-            for (int k = 0; k < 22; ++k) {
-                const T absc = hlgth * D::qng_x4[k];
-                const T f1 = f(absc + centr);
-                res87 += D::qng_w87b[k] * (f1 + f(centr - absc));
-            }
-            out.result = res87 * hlgth;
-            out.abserr = std::abs((res87 - res43) * hlgth);
+        } else if (l == 3) {
+            sample(D::qng_x4, 22, up, down);
+            res = D::qng_w87b[22] * fcentr;
+            for (int k = 0; k < 21; ++k) res += savfun[k] * D::qng_w87a[k];
+            for (int k = 0; k < 22; ++k) res += D::qng_w87b[k] * (up[k] + down[k]);
         }
-        out.abserr = scaled_error(out.abserr, resabs, resasc);
+        out.result = res * hlgth;
+        out.abserr = scaled_error(std::abs((res - prev) * hlgth), resabs, resasc);
         if (out.abserr <= std::max(tol.epsabs, tol.epsrel * std::abs(out.result))) {
             out.ier = converged;
             break;
         }
+        prev = res;
     }
     return out;
 }
