@@ -57,6 +57,7 @@ cases = [
     ("qagi_log100_1", -pi * log(10) / 20),
     ("qagi_lorentz_m1", 3 * pi / 4),
     ("qawo_log_sin", q(lambda x: log(x) * sin(10 * pi * x), mp.linspace(0, 1, 41))),
+    ("qawo_log1m_sin", q(lambda x: log(1 - x) * sin(10 * pi * x), mp.linspace(-1, 1, 81))),
     ("qawo_exp_cos", q(lambda x: exp(-x) * cos(20 * x), mp.linspace(0, 2, 41))),
     ("qawo_lorentz_cos", q(lambda x: cos(3 * x) / (1 + x * x), [-1, 0, 1, 2, 3, 4])),
     ("qawo_peak_sym", q(lambda x: cos(3 * x) / ((x - 0.3) ** 2 + 0.001), [-1, 0.3, 1])),
