@@ -93,5 +93,70 @@ TYPED_TEST(Rules, EpsilonAlgorithmAcceleratesPartialSums) {
     }
 }
 
+// A sequence that settles on its limit exactly: the limit is returned exactly, and where two
+// elements of the table's last diagonal agree the table collapses to one entry, which ends
+// the extrapolation (a limit of zero makes the agreement an exact equality).
+TYPED_TEST(Rules, EpsilonTableCollapsesWhenTheSequenceSettles) {
+    using T = TypeParam;
+    const std::vector<std::pair<std::vector<double>, bool>> rows = {
+        {{1, 1.5, 1.75, 1.75}, true}, {{1, 0.5, 0.25, 0, 0}, false}, {{0.5, 0, 0}, true},
+        {{2, 1, 0, 0, 0}, false}, {{3, 1, 2, 0, 0, 0, 0}, false}, {{1, 0.5, 0.5, 0.25, 0, 0}, false},
+        {{0, 0, 1, 0, 0}, true}, {{0, 0, 1}, true}, {{0, 0, 0}, false}, {{4, 0, 1, 0, 1, 0, 0}, true},
+    };
+    for (const auto& [seq, collapses] : rows) {
+        SCOPED_TRACE(::testing::Message() << seq.size() << " " << seq[0]);
+        quadrature::Epsilon<T> eps;
+        T result = -1, abserr = -1;
+        for (double v : seq) {
+            eps.epstab[eps.n++] = T(v);
+            eps.extrapolate(result, abserr);
+        }
+        EXPECT_EQ(result, T(seq.back()));
+        EXPECT_EQ(eps.n == 1, collapses);
+    }
+}
+
+// Bisections that make the error grow count towards roundoff only past the tenth subinterval,
+// and twenty of them are too many.
+TYPED_TEST(Rules, GrowingErrorsCountAsRoundoffLateInTheRun) {
+    using T = TypeParam;
+    quadrature::Roundoff<T> ro;
+    const quadrature::RuleOut<T> half{1, T(0.5), 2, 1};
+    for (int last = 2; last <= 30; ++last) {
+        EXPECT_FALSE(ro.too_many()) << last;
+        ro.count(half, half, T(3), T(2), T(1), T(0.9), last, false);  // the area moved: no iroff1
+    }
+    EXPECT_TRUE(ro.too_many());
+}
+
+// The end of an extrapolating step: the limit unless the plain sum is relatively better; a
+// limit that disagrees with the sum by a factor of 100 signals divergence (5 after the
+// renumbering), except where the sum is exactly zero.
+TYPED_TEST(Rules, ExtrapolationEndGameChoosesBetweenLimitAndSum) {
+    using T = TypeParam;
+    T r[2] = {T(0.25), T(0.5)}, e[2] = {T(0.01), T(0.02)};
+    quadrature::Lists<T> w{};
+    w.rlist = r;
+    w.elist = e;
+    struct Row { T result, abserr, area, errsum; int ier, want_ier; T want; };
+    const Row rows[] = {
+        {1, T(0.1), T(0.75), T(0.2), 1, 1, 1},         // the limit is relatively better
+        {1, T(0.5), T(0.75), T(0.03), 1, 1, T(0.75)},  // the sum is
+        {T(0.5), T(0.1), 0, T(0.2), 1, 1, T(0.5)},     // a zero sum: the limit, no divergence test
+        {1, T(0.1), 1000, T(0.2), 0, 5, 1},            // limit and sum 1000 apart
+    };
+    for (const Row& k : rows) {
+        SCOPED_TRACE(k.area);
+        quadrature::Extrapolation<T> x;
+        x.result = k.result;
+        x.abserr = k.abserr;
+        quadrature::Outcome<T> out;
+        out.last = 2;
+        out = x.conclude(out, k.ier, k.area, k.errsum, T(1), T(1), false, w, T(1));
+        EXPECT_EQ(out.result, k.want);
+        EXPECT_EQ(out.ier, k.want_ier);
+    }
+}
+
 }  // namespace
 }  // namespace qnum::test
