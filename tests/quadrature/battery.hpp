@@ -170,39 +170,27 @@ T run_case(const Case<T>& k, Counts<T>& out) {
     // The reference port's Fourier limit bounds the cycles, and one short, each cycle's lists.
     const int lim = k.limit > 0 ? QNUM_MAX_SUBINTER : 0, cyc = k.limit > 0 ? QNUM_MAX_CYCLES : 0;
     const int rel = k.rel > 0 ? QNUM_ERR_REL : 0;
+    // The counts, then the limit and the tolerance: every member but the non-adaptive one.
+#define QNUM_COUNTS QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter
+#define QNUM_LIMITS lim, k.limit, rel, k.rel, QNUM_ERR_ABS, 0.0, 0
     switch (k.kind) {
-    case Kind::qag:
-        return A::fcn(k.f, a, b, QNUM_RULE, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                      QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, rel, k.rel, QNUM_ERR_ABS, 0.0, 0);
-    case Kind::qags:
-        return A::sing(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                       &out.n_subinter, lim, k.limit, rel, k.rel, QNUM_ERR_ABS, 0.0, 0);
-    case Kind::qagi:
-        return A::inf(k.f, c, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                      &out.n_subinter, lim, k.limit, 0);
-    case Kind::qawo:
-        return A::trig(k.f, c, k.code, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                       QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
-    case Kind::qawf:
-        return A::fourier(k.f, c, k.code, a, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                          QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit - 1, cyc, k.limit, 0);
-    case Kind::qawc:
-        return A::cauchy(k.f, a, b, c, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                         &out.n_subinter, lim, k.limit, 0);
-    case Kind::qng:
-        return A::smooth(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, 0);
+    case Kind::qag: return A::fcn(k.f, a, b, QNUM_RULE, k.code, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qags: return A::sing(k.f, a, b, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qagi: return A::inf(k.f, c, k.code, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qawo: return A::trig(k.f, c, k.code, a, b, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qawf: return A::fourier(k.f, c, k.code, a, QNUM_COUNTS, lim, k.limit - 1, cyc, k.limit, 0);
+    case Kind::qawc: return A::cauchy(k.f, a, b, c, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qng: return A::smooth(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, 0);
     case Kind::qagp: {
         const T pts[2] = {T(1), std::sqrt(T(2))};
         const T step[1] = {T(1) / 3};
         const bool two = k.f == b_qagp<T>;
-        return A::sing_pts(k.f, a, b, two ? 2 : 1, two ? pts : step, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, rel, k.rel,
-                           QNUM_ERR_ABS, 0.0, 0);
+        return A::sing_pts(k.f, a, b, two ? 2 : 1, two ? pts : step, QNUM_COUNTS, QNUM_LIMITS);
     }
-    case Kind::qaws:
-        return A::alg_log(k.f, a, b, k.code, T(k.alpha), T(k.beta), QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                          &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
+    case Kind::qaws: return A::alg_log(k.f, a, b, k.code, T(k.alpha), T(k.beta), QNUM_COUNTS, QNUM_LIMITS);
     }
+#undef QNUM_COUNTS
+#undef QNUM_LIMITS
     return 0;
 }
 
