@@ -33,9 +33,9 @@ template <class T> T x_m105(T x) { return std::pow(x, T(-1.05)); }
 
 struct ErrorCase {
     const char* what;
-    int type;
-    int code;
-    int int_slot1;  // INT_MIN: not checked
+    int type, code;
+    int int_slot1;     // INT_MIN: not checked
+    int position = 0;  // of an unknown option, in int slot 2 (0: not checked)
 };
 
 // One row per check: the call, and the error it must raise with NaN as the result.
@@ -66,7 +66,15 @@ TYPED_TEST(QuadratureErrors, BadArgumentsRaiseTheirErrorAndReturnNaN) {
         {{"no integrand", 5, 6002, none}, [&] { return A::fcn(nullptr, T(0), T(1), 0); }},
         {{"null data integrand", 5, 6002, none},
          [&] { return A::sing(f, T(0), T(1), QNUM_FCN_W_DATA, static_cast<T (*)(T, void*)>(nullptr), nullptr, 0); }},
-        {{"unknown option", 5, 103, 99999}, [&] { return A::fcn(f, T(0), T(1), 99999, 0); }},
+        {{"unknown option", 5, 103, 99999, 4}, [&] { return A::fcn(f, T(0), T(1), 99999, 0); }},
+        {{"unknown option, sing", 5, 103, 99999, 4}, [&] { return A::sing(f, T(0), T(1), 99999, 0); }},
+        {{"unknown option, inf", 5, 103, 99999, 4}, [&] { return A::inf(f, T(0), 1, 99999, 0); }},
+        {{"unknown option, trig", 5, 103, 99999, 6}, [&] { return A::trig(f, T(1), 1, T(0), T(1), 99999, 0); }},
+        {{"unknown option, fourier", 5, 103, 99999, 5}, [&] { return A::fourier(f, T(1), 1, T(0), 99999, 0); }},
+        {{"unknown option, cauchy", 5, 103, 99999, 5}, [&] { return A::cauchy(f, T(0), T(1), T(0.5), 99999, 0); }},
+        {{"unknown option, smooth", 5, 103, 99999, 4}, [&] { return A::smooth(f, T(0), T(1), 99999, 0); }},
+        {{"unknown option, sing_pts", 5, 103, 99999, 6}, [&] { return A::sing_pts(f, T(0), T(1), 0, pts_out, 99999, 0); }},
+        {{"unknown option, alg_log", 5, 103, 99999, 7}, [&] { return A::alg_log(f, T(0), T(1), 1, T(0), T(0), 99999, 0); }},
         {{"rule is int_fcn's only", 5, 103, QNUM_RULE}, [&] { return A::sing(f, T(0), T(1), QNUM_RULE, 2, 0); }},
         {{"smooth takes no lists", 5, 103, QNUM_MAX_SUBINTER},
          [&] { return A::smooth(f, T(0), T(1), QNUM_MAX_SUBINTER, 10, 0); }},
@@ -92,14 +100,10 @@ TYPED_TEST(QuadratureErrors, BadArgumentsRaiseTheirErrorAndReturnNaN) {
         {{"max_subinter = npoints", 5, 4001, 1},
          [&] { return A::sing_pts(f, T(0), T(3), 1, pts_out, QNUM_MAX_SUBINTER, 1, 0); }},
         {{"alpha = -1", 5, 4013, none}, [&] { return A::alg_log(f, T(0), T(1), 1, T(-1), T(0), 0); }},
-        {{"beta NaN", 5, 4013, none},
-         [&] { return A::alg_log(f, T(0), T(1), 1, T(0), std::numeric_limits<T>::quiet_NaN(), 0); }},
+        {{"beta NaN", 5, 4013, none}, [&] { return A::alg_log(f, T(0), T(1), 1, T(0), std::numeric_limits<T>::quiet_NaN(), 0); }},
         {{"alg_log a = b", 5, 4024, none}, [&] { return A::alg_log(f, T(1), T(1), 1, T(0), T(0), 0); }},
-        {{"alg_log max_subinter 1", 5, 4001, 1},
-         [&] { return A::alg_log(f, T(0), T(1), 1, T(0), T(0), QNUM_MAX_SUBINTER, 1, 0); }},
-        {{"limit reached", 4, 4007, 3}, [&] {
-             return A::fcn(b_peak<T>, T(0), T(1), QNUM_MAX_SUBINTER, 3, QNUM_ERR_EST, &est, 0);
-         }},
+        {{"alg_log max_subinter 1", 5, 4001, 1}, [&] { return A::alg_log(f, T(0), T(1), 1, T(0), T(0), QNUM_MAX_SUBINTER, 1, 0); }},
+        {{"limit reached", 4, 4007, 3}, [&] { return A::fcn(b_peak<T>, T(0), T(1), QNUM_MAX_SUBINTER, 3, QNUM_ERR_EST, &est, 0); }},
     };
     for (const auto& [k, call] : rows) {
         SCOPED_TRACE(k.what);
@@ -107,9 +111,8 @@ TYPED_TEST(QuadratureErrors, BadArgumentsRaiseTheirErrorAndReturnNaN) {
         EXPECT_TRUE(std::isnan(r)) << r;
         EXPECT_EQ(last_type(), k.type);
         EXPECT_EQ(last_code(), k.code);
-        if (k.int_slot1 != none) {
-            EXPECT_EQ(int_slot(1), k.int_slot1);
-        }
+        if (k.int_slot1 != none) { EXPECT_EQ(int_slot(1), k.int_slot1); }
+        if (k.position != 0) { EXPECT_EQ(int_slot(2), k.position); }
     }
 }
 
@@ -118,17 +121,11 @@ TYPED_TEST(QuadratureErrors, BadArgumentsRaiseTheirErrorAndReturnNaN) {
 TYPED_TEST(QuadratureErrors, WarningOutcomesStillReturnAFiniteResult) {
     using T = TypeParam;
     using A = Api<T>;
-    struct Row {
-        const char* what;
-        int code;
-        std::function<T()> call;
-    };
+    struct Row { const char* what; int code; std::function<T()> call; };
     const std::vector<Row> rows = {
         {"roundoff", 4008, [] { return A::fcn(b_exp<T>, T(0), T(1), QNUM_ERR_ABS, 0.0, QNUM_ERR_REL, 1e-30, 0); }},
-        {"too small to split", 4009,
-         [] { return A::fcn(inv_dist<T>, T(0), T(1), QNUM_MAX_SUBINTER, 5000, 0); }},
-        {"too small to split, extrapolating", 4009,
-         [] { return A::sing(inv_dist<T>, T(0), T(1), QNUM_MAX_SUBINTER, 5000, 0); }},
+        {"too small to split", 4009, [] { return A::fcn(inv_dist<T>, T(0), T(1), QNUM_MAX_SUBINTER, 5000, 0); }},
+        {"too small to split, extrapolating", 4009, [] { return A::sing(inv_dist<T>, T(0), T(1), QNUM_MAX_SUBINTER, 5000, 0); }},
         {"divergent", 4019, [] { return A::sing(x_m105<T>, T(0), T(1), 0); }},
     };
     for (const Row& row : rows) {
