@@ -39,6 +39,8 @@ template <class T> T b_cos(T x) { return std::cos(x); }
 template <class T> T b_xm099(T x) { return std::pow(x, T(-0.99)); }
 template <class T> T b_twoends(T x) { return 1 / std::sqrt(x) + 1 / std::sqrt(1 - x); }
 template <class T> T b_log1m(T x) { return x == 1 ? T(0) : std::log(1 - x); }
+template <class T> T b_isqpk(T x) { return x == 0 ? T(0) : std::exp(-x / 4) / std::sqrt(x) + 1 / ((x - 20) * (x - 20) + T(0.01)); }
+template <class T> T b_isqpk2(T x) { return x == 0 ? T(0) : 1 / (std::sqrt(x) * (1 + x)) + 1 / ((x - 30) * (x - 30) + T(0.1)); }
 
 enum class Kind { qag, qags, qagi, qawo, qawf, qawc, qng, qagp, qaws };
 
@@ -129,6 +131,8 @@ std::vector<Case<T>> battery() {
         {"qawf_lorentz_cos_lim4", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 4021, 4},
         {"qawf_xlorentz_sin_lim5", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 4021, 5},
         {"qawf_expm_sin_lim3", "qawf_expm_sin", Kind::qawf, b_expm<T>, 0, 0, 2, 2, 0, 0, 4021, 3},
+        {"qawf_isqpk_cos_lim6", "qawf_isqpk_cos", Kind::qawf, b_isqpk<T>, 0, 0, 1, 1, 0, 0, 4022, 6},  // cycle 1 misses
+        {"qawf_isqpk2_sin_lim10", "qawf_isqpk2_sin", Kind::qawf, b_isqpk2<T>, 0, 0, 1, 2, 0, 0, 4021, 10},
     };
 }
 

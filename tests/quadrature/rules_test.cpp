@@ -107,16 +107,18 @@ TYPED_TEST(Rules, EpsilonAlgorithmAcceleratesPartialSums) {
 }
 
 // Bisections that make the error grow count towards roundoff only past the tenth subinterval,
-// and twenty of them are too many.
+// and twenty of them are too many; ten that leave the area and keep 99% of the error are too.
 TYPED_TEST(Rules, GrowingErrorsCountAsRoundoffLateInTheRun) {
     using T = TypeParam;
-    quadrature::Roundoff<T> ro;
+    quadrature::Roundoff<T> ro, flat;
     const quadrature::RuleOut<T> half{1, T(0.5), 2, 1};
     for (int last = 2; last <= 30; ++last) {
         EXPECT_FALSE(ro.too_many()) << last;
+        EXPECT_EQ(flat.too_many(), last > 11) << last;
         ro.count(half, half, T(3), T(2), T(1), T(0.9), last, false);  // the area moved: no iroff1
+        flat.count(half, half, T(2), T(2), T(99), T(100), last, last > 6);  // 0.99 * 100 rounds to 99
     }
-    EXPECT_TRUE(ro.too_many());
+    EXPECT_TRUE(ro.too_many() && flat.too_many());
 }
 
 // The end of an extrapolating step: the limit unless the plain sum is relatively better; a
@@ -137,9 +139,7 @@ TYPED_TEST(Rules, ExtrapolationEndGameChoosesBetweenLimitAndSum) {
         SCOPED_TRACE(k.area);
         quadrature::Extrapolation<T> x;
         x.result = k.result, x.abserr = k.abserr;
-        quadrature::Outcome<T> out;
-        out.last = 2;
-        out = x.conclude(out, k.ier, k.area, k.errsum, T(1), T(1), false, w, T(1));
+        const auto out = x.conclude(quadrature::Outcome<T>{0, 0, 0, 2}, k.ier, k.area, k.errsum, T(1), T(1), false, w, T(1));
         EXPECT_EQ(out.result, k.want);
         EXPECT_EQ(out.ier, k.want_ier);
     }
