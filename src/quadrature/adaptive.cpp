@@ -125,7 +125,7 @@ Outcome<T> step_qag(Integrand<T>& f, T a, T b, Tol<T> tol, int rule, Lists<T>& w
 // algorithm on the sequence of totals obtained by refining only the large ones.
 template <class T, class Rule>
 Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, Lists<T>& w) {
-    const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
+    const T epmach = Mach<T>::eps;
     Outcome<T> out;
     RuleOut<T> r = apply(a, b);
     w.alist[0] = a;
@@ -148,14 +148,14 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, Lists<T>&
         out.ier = ier;
         return out;
     }
-    Epsilon<T> eps;
-    eps.epstab[0] = r.result;
-    T errmax = r.abserr, area = r.result, errsum = r.abserr, abserr = oflow, result = r.result;
-    T small = 0, erlarg = 0, ertest = 0, correc = 0;
-    int maxerr = 0, nrmax = 1, numrl2 = 2, ktmin = 0, ierro = 0;
+    Extrapolation<T> x;
+    x.seed(r.result);
+    x.result = r.result;
+    T errmax = r.abserr, area = r.result, errsum = r.abserr;
+    T small = 0, erlarg = 0;
+    int maxerr = 0, nrmax = 1;
     Roundoff<T> ro;
-    bool extrap = false, noext = false;
-    const int ksgn = dres >= (T(1) - T(50) * epmach) * defabs ? 1 : -1;
+    bool extrap = false;
     int last = 1;
     bool summed = false;  // leave with the plain sum of the lists
     while (last < w.limit && w.reserve(last)) {
@@ -170,7 +170,7 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, Lists<T>&
         ro.count(r1, r2, w.rlist[maxerr], area12, erro12, errmax, last, extrap);
         errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
         if (ro.too_many()) ier = roundoff;
-        if (ro.iroff2 >= 5) ierro = 3;
+        if (ro.iroff2 >= 5) x.ierro = 3;
         if (last == w.limit) ier = limit_reached;
         if (too_small(a1, a2, b2)) ier = extrapolation_roundoff;  // renumbered below
         out.bad_a = a1;
@@ -185,11 +185,11 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, Lists<T>&
         if (last == 2) {
             small = small0;
             erlarg = errsum;
-            ertest = errbnd;
-            eps.epstab[1] = area;
+            x.ertest = errbnd;
+            x.seed(area);
             continue;
         }
-        if (noext) continue;
+        if (x.noext) continue;
         erlarg -= erlast;
         if (std::abs(b1 - a1) > small) erlarg += erro12;
         if (!extrap) {
@@ -198,40 +198,11 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, Lists<T>&
             extrap = true;
             nrmax = 2;
         }
-        bool large_left = false;
-        if (ierro != 3 && erlarg > ertest) {
-            // Bisect the large intervals first while their errors dominate.
-            const int id = nrmax;
-            const int jupbnd = last > 2 + w.limit / 2 ? w.limit + 3 - last : last;
-            for (int k = id; k <= jupbnd; ++k) {
-                maxerr = w.iord[nrmax - 1];
-                errmax = w.elist[maxerr];
-                if (std::abs(w.blist[maxerr] - w.alist[maxerr]) > small) {
-                    large_left = true;
-                    break;
-                }
-                ++nrmax;
-            }
-        }
-        if (large_left) continue;
-        ++numrl2;
-        eps.epstab[numrl2 - 1] = area;
-        eps.n = numrl2;
-        T reseps, abseps;
-        eps.extrapolate(reseps, abseps);
-        numrl2 = eps.n;
-        ++ktmin;
-        if (ktmin > 5 && abserr < T(1e-3) * errsum) ier = divergent;
-        if (abseps < abserr) {
-            ktmin = 0;
-            abserr = abseps;
-            result = reseps;
-            correc = erlarg;
-            ertest = std::max(tol.epsabs, tol.epsrel * std::abs(reseps));
-            if (abserr <= ertest) break;
-        }
-        if (numrl2 == 1) noext = true;
-        if (ier == divergent) break;
+        // Bisect the large intervals first while their errors dominate.
+        if (x.ierro != 3 && erlarg > x.ertest &&
+            next_large(w, last, nrmax, maxerr, errmax, [&](int i) { return std::abs(w.blist[i] - w.alist[i]) > small; }))
+            continue;
+        if (x.add(area, errsum, erlarg, tol, ier)) break;
         maxerr = w.iord[0];
         errmax = w.elist[maxerr];
         nrmax = 1;
@@ -240,37 +211,7 @@ Outcome<T> extrapolating(Rule&& apply, T a, T b, T small0, Tol<T> tol, Lists<T>&
         erlarg = errsum;
     }
     out.last = last;
-    // Choose between the extrapolated result and the plain sum of the lists.
-    if (!summed && abserr != oflow) {
-        bool use_sum = false;
-        if (ier + ierro != 0) {
-            if (ierro == 3) abserr += correc;
-            if (ier == 0) ier = bad_behaviour;  // renumbered below to roundoff
-            if (result != 0 && area != 0) {
-                use_sum = abserr / std::abs(result) > errsum / std::abs(area);
-            } else if (abserr > errsum) {
-                use_sum = true;
-            } else if (area == 0) {
-                out.ier = ier > 2 ? ier - 1 : ier;
-                out.result = result;
-                out.abserr = abserr;
-                return out;
-            }
-        }
-        if (!use_sum) {
-            if (!(ksgn == -1 && std::max(std::abs(result), std::abs(area)) <= defabs * T(0.01))) {
-                if (T(0.01) > result / area || result / area > T(100) || errsum > std::abs(area)) ier = 6;
-            }
-            out.ier = ier > 2 ? ier - 1 : ier;
-            out.result = result;
-            out.abserr = abserr;
-            return out;
-        }
-    }
-    out.result = sum_list(w.rlist, last);
-    out.abserr = sum_list(w.elist, last);
-    out.ier = ier > 2 ? ier - 1 : ier;
-    return out;
+    return x.conclude(out, ier, area, errsum, dres, defabs, summed, w, T(1));
 }
 
 template <class T>
@@ -289,82 +230,83 @@ Outcome<T> step_qagi(Integrand<T>& f, T bound, int inf, Tol<T> tol, Lists<T>& w)
 }
 
 template <class T>
-Outcome<T> step_qng(Integrand<T>& f, T a, T b, Tol<T> tol) {
+Outcome<T> step_qng(Integrand<T>& fcn, T a, T b, Tol<T> tol) {
     using D = tables::Data<T>;
+    // A copy whose address does not escape: its count and level stay in registers across
+    // the integrand's calls.
+    Integrand<T> f = fcn;
+    struct Count {
+        Integrand<T>& to;
+        const Integrand<T>& from;
+        ~Count() { to.evals = from.evals; }
+    } count{fcn, f};
     const T hlgth = T(0.5) * (b - a), dhlgth = std::abs(hlgth), centr = T(0.5) * (b + a);
+    // Each rule first samples, then sums: no sum is live across an integrand call.
+    auto sample = [&](const T* x, int n, T* right, T* left) {
+        for (int k = 0; k < n; ++k) {
+            const T absc = hlgth * x[k];
+            right[k] = f(centr + absc);
+            left[k] = f(centr - absc);
+        }
+    };
     const T fcentr = f(centr);
-    T savfun[21], fv1[5], fv2[5], fv3[5], fv4[5];
+    T savfun[21], fv1[5], fv2[5], fv3[5], fv4[5], up[22], down[22];
+    sample(D::qng_x1, 5, fv1, fv2);
+    sample(D::qng_x2, 5, fv3, fv4);
     Outcome<T> out;
     out.ier = limit_reached;
     out.bad_a = a;
     out.bad_b = b;
-    T res10 = 0, res21 = D::qng_w21b[5] * fcentr, resabs = D::qng_w21b[5] * std::abs(fcentr), resasc = 0;
-    T res43 = 0, res87 = 0;
+    T res10 = 0, res21 = D::qng_w21b[5] * fcentr, resabs = D::qng_w21b[5] * std::abs(fcentr);
+    for (int k = 0; k < 5; ++k) {
+        savfun[k] = fv1[k] + fv2[k];
+        res10 += D::qng_w10[k] * savfun[k];
+        res21 += D::qng_w21a[k] * savfun[k];
+        resabs += D::qng_w21a[k] * (std::abs(fv1[k]) + std::abs(fv2[k]));
+    }
+    for (int k = 0; k < 5; ++k) {
+        savfun[5 + k] = fv3[k] + fv4[k];
+        res21 += D::qng_w21b[k] * savfun[5 + k];
+        resabs += D::qng_w21b[k] * (std::abs(fv3[k]) + std::abs(fv4[k]));
+    }
+    resabs *= dhlgth;
+    const T reskh = T(0.5) * res21;
+    T resasc = D::qng_w21b[5] * std::abs(fcentr - reskh);
+    for (int k = 0; k < 5; ++k)
+        resasc += D::qng_w21a[k] * (std::abs(fv1[k] - reskh) + std::abs(fv2[k] - reskh)) +
+                  D::qng_w21b[k] * (std::abs(fv3[k] - reskh) + std::abs(fv4[k] - reskh));
+    resasc *= dhlgth;
+    // The 21-, 43- and 87-point results in turn, each against the one before.
+    T prev = res10, res = res21;
     for (int l = 1; l <= 3; ++l) {
-        if (l == 1) {
-            for (int k = 0; k < 5; ++k) {
-                const T absc = hlgth * D::qng_x1[k];
-                const T f1 = f(centr + absc), f2 = f(centr - absc);
-                res10 += D::qng_w10[k] * (f1 + f2);
-                res21 += D::qng_w21a[k] * (f1 + f2);
-                resabs += D::qng_w21a[k] * (std::abs(f1) + std::abs(f2));
-                savfun[k] = f1 + f2;
-                fv1[k] = f1;
-                fv2[k] = f2;
-            }
-            for (int k = 0; k < 5; ++k) {
-                const T absc = hlgth * D::qng_x2[k];
-                const T f1 = f(centr + absc), f2 = f(centr - absc);
-                res21 += D::qng_w21b[k] * (f1 + f2);
-                resabs += D::qng_w21b[k] * (std::abs(f1) + std::abs(f2));
-                savfun[5 + k] = f1 + f2;
-                fv3[k] = f1;
-                fv4[k] = f2;
-            }
-            out.result = res21 * hlgth;
-            resabs *= dhlgth;
-            const T reskh = T(0.5) * res21;
-            resasc = D::qng_w21b[5] * std::abs(fcentr - reskh);
-            for (int k = 0; k < 5; ++k)
-                resasc += D::qng_w21a[k] * (std::abs(fv1[k] - reskh) + std::abs(fv2[k] - reskh)) +
-                          D::qng_w21b[k] * (std::abs(fv3[k] - reskh) + std::abs(fv4[k] - reskh));
-            out.abserr = std::abs((res21 - res10) * hlgth);
-            resasc *= dhlgth;
-        } else if (l == 2) {
-            res43 = D::qng_w43b[11] * fcentr;
-            for (int k = 0; k < 10; ++k) res43 += savfun[k] * D::qng_w43a[k];
+        if (l == 2) {
+            sample(D::qng_x3, 11, up, down);
+            res = D::qng_w43b[11] * fcentr;
+            for (int k = 0; k < 10; ++k) res += savfun[k] * D::qng_w43a[k];
             for (int k = 0; k < 11; ++k) {
-                const T absc = hlgth * D::qng_x3[k];
-                const T f1 = f(absc + centr);
-                const T fval = f1 + f(centr - absc);
-                res43 += fval * D::qng_w43b[k];
-                savfun[10 + k] = fval;
+                savfun[10 + k] = up[k] + down[k];
+                res += savfun[10 + k] * D::qng_w43b[k];
             }
-            out.result = res43 * hlgth;
-            out.abserr = std::abs((res43 - res21) * hlgth);
-        } else {
-            res87 = D::qng_w87b[22] * fcentr;
-            for (int k = 0; k < 21; ++k) res87 += savfun[k] * D::qng_w87a[k];
-            for (int k = 0; k < 22; ++k) {
-                const T absc = hlgth * D::qng_x4[k];
-                const T f1 = f(absc + centr);
-                res87 += D::qng_w87b[k] * (f1 + f(centr - absc));
-            }
-            out.result = res87 * hlgth;
-            out.abserr = std::abs((res87 - res43) * hlgth);
+        } else if (l == 3) {
+            sample(D::qng_x4, 22, up, down);
+            res = D::qng_w87b[22] * fcentr;
+            for (int k = 0; k < 21; ++k) res += savfun[k] * D::qng_w87a[k];
+            for (int k = 0; k < 22; ++k) res += D::qng_w87b[k] * (up[k] + down[k]);
         }
-        out.abserr = scaled_error(out.abserr, resabs, resasc);
+        out.result = res * hlgth;
+        out.abserr = scaled_error(std::abs((res - prev) * hlgth), resabs, resasc);
         if (out.abserr <= std::max(tol.epsabs, tol.epsrel * std::abs(out.result))) {
             out.ier = converged;
             break;
         }
+        prev = res;
     }
     return out;
 }
 
 template <class T>
 Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T> tol, Lists<T>& w) {
-    const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
+    const T epmach = Mach<T>::eps;
     const KronrodRule<T> kr = kronrod_rule<T>(2);
     auto apply = [&](T lo, T hi) { return kronrod(kr, f, lo, hi); };
     const int nint = npts + 1;
@@ -433,15 +375,15 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
         out.abserr = abserr;
         return out;
     }
-    Epsilon<T> eps;
-    eps.epstab[0] = result;
+    Extrapolation<T> x;
+    x.seed(result);
+    x.result = result;
+    x.ertest = errbnd;
     int maxerr = w.iord[0];
-    T errmax = w.elist[maxerr], area = result, erlarg = errsum, ertest = errbnd, correc = 0;
-    int nrmax = 1, numrl2 = 1, ktmin = 0, ierro = 0, levmax = 1;
+    T errmax = w.elist[maxerr], area = result, erlarg = errsum;
+    int nrmax = 1, levmax = 1;
     Roundoff<T> ro;
-    bool extrap = false, noext = false;
-    abserr = oflow;
-    const int ksgn = dres >= (T(1) - T(50) * epmach) * resabs ? 1 : -1;
+    bool extrap = false;
     bool summed = false;
     while (last < w.limit && w.reserve(last)) {
         const int levcur = w.level[maxerr] + 1;
@@ -458,7 +400,7 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
         w.level[last - 1] = levcur;
         errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
         if (ro.too_many()) ier = roundoff;
-        if (ro.iroff2 >= 5) ierro = 3;
+        if (ro.iroff2 >= 5) x.ierro = 3;
         if (last == w.limit) ier = limit_reached;
         if (too_small(a1x, a2, b2)) ier = extrapolation_roundoff;
         out.bad_a = a1x;
@@ -470,7 +412,7 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
             break;
         }
         if (ier != 0) break;
-        if (noext) continue;
+        if (x.noext) continue;
         erlarg -= erlast;
         if (levcur + 1 <= levmax) erlarg += erro12;
         if (!extrap) {
@@ -478,41 +420,10 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
             extrap = true;
             nrmax = 2;
         }
-        bool large_left = false;
-        if (ierro != 3 && erlarg > ertest) {
-            const int id = nrmax;
-            const int jupbnd = last > 2 + w.limit / 2 ? w.limit + 3 - last : last;
-            for (int k = id; k <= jupbnd; ++k) {
-                maxerr = w.iord[nrmax - 1];
-                errmax = w.elist[maxerr];
-                if (w.level[maxerr] + 1 <= levmax) {
-                    large_left = true;
-                    break;
-                }
-                ++nrmax;
-            }
-        }
-        if (large_left) continue;
-        ++numrl2;
-        eps.epstab[numrl2 - 1] = area;
-        if (numrl2 > 2) {
-            eps.n = numrl2;
-            T reseps, abseps;
-            eps.extrapolate(reseps, abseps);
-            numrl2 = eps.n;
-            ++ktmin;
-            if (ktmin > 5 && abserr < T(1e-3) * errsum) ier = divergent;
-            if (abseps < abserr) {
-                ktmin = 0;
-                abserr = abseps;
-                result = reseps;
-                correc = erlarg;
-                ertest = std::max(tol.epsabs, tol.epsrel * std::abs(reseps));
-                if (abserr < ertest) break;
-            }
-            if (numrl2 == 1) noext = true;
-            if (ier >= divergent) break;
-        }
+        if (x.ierro != 3 && erlarg > x.ertest &&
+            next_large(w, last, nrmax, maxerr, errmax, [&](int i) { return w.level[i] + 1 <= levmax; }))
+            continue;
+        if (x.add(area, errsum, erlarg, tol, ier)) break;
         maxerr = w.iord[0];
         errmax = w.elist[maxerr];
         nrmax = 1;
@@ -521,29 +432,7 @@ Outcome<T> step_qagp(Integrand<T>& f, T a, T b, int npts, const T* points, Tol<T
         erlarg = errsum;
     }
     out.last = last;
-    if (!summed && abserr != oflow) {
-        bool use_sum = false, plain = false;
-        if (ier + ierro != 0) {
-            if (ierro == 3) abserr += correc;
-            if (ier == 0) ier = bad_behaviour;
-            if (result != 0 && area != 0) use_sum = abserr / std::abs(result) > errsum / std::abs(area);
-            else if (abserr > errsum) use_sum = true;
-            else if (area == 0) plain = true;
-        }
-        if (!use_sum) {
-            if (!plain && !(ksgn == -1 && std::max(std::abs(result), std::abs(area)) <= resabs * T(0.01))) {
-                if (T(0.01) > result / area || result / area > T(100) || errsum > std::abs(area)) ier = 6;
-            }
-            out.ier = ier > 2 ? ier - 1 : ier;
-            out.result = result * sign;
-            out.abserr = abserr;
-            return out;
-        }
-    }
-    out.result = sum_list(w.rlist, last) * sign;
-    out.abserr = sum_list(w.elist, last);
-    out.ier = ier > 2 ? ier - 1 : ier;
-    return out;
+    return x.conclude(out, ier, area, errsum, dres, resabs, summed, w, sign);
 }
 
 #define QNUM_INSTANTIATE(T)                                                                            \

@@ -127,6 +127,13 @@ void check_tolerances(const Settings<T>& s, int min_lists, bool uses_rule, bool 
         frame::raise(Type::Terminal, err::fourier_needs_err_abs, Real{s.err_abs});
 }
 
+// The usual case of the checks above, in a few comparisons: positive tolerances, err_rel
+// below 1 (NaNs go the long way, which lets a NaN err_rel pass as the checks do).
+template <class T>
+bool usual_tolerances(const Settings<T>& s) {
+    return s.err_abs > 0 && s.err_rel > 0 && s.err_rel < 1;
+}
+
 // The subinterval lists of one call: a few entries here, then one allocation of the full
 // length when the step needs more (the caller's error and order lists, when given, are used
 // from the start). The right-end list may need more room than max_subinter (break points).
@@ -206,6 +213,18 @@ void report(const Outcome<T>& o, const Settings<T>& s, bool smooth) {
     }
 }
 
+// Hands the error estimate and the counts to the caller, and raises the outcome's error at
+// the routine's level: a fatal outcome returns NaN.
+template <class T>
+T deliver(const Settings<T>& s, const Outcome<T>& o, bool smooth) {
+    if (s.err_est) *s.err_est = o.abserr;
+    if (s.n_subinter) *s.n_subinter = o.last;
+    if (s.n_evals) *s.n_evals = s.fcn.evals;
+    if (o.ier == converged) return o.result;
+    report(o, s, smooth);
+    return qnum::context()->status[0] >= 4 ? Mach<T>::nan : o.result;
+}
+
 // What a step needs from the driver.
 struct StepKind {
     const char* name;
@@ -236,11 +255,7 @@ T drive(Settings<T>& s, const StepKind& k, Run&& run) {
         for (int i = 0; i < o.last; ++i) s.order_list[i] = i;
         std::stable_sort(s.order_list, s.order_list + o.last, [e](int x, int y) { return e[x] > e[y]; });
     }
-    if (s.err_est) *s.err_est = o.abserr;
-    if (s.n_subinter) *s.n_subinter = o.last;
-    if (s.n_evals) *s.n_evals = s.fcn.evals;
-    report(o, s, k.min_lists == 0);
-    return qnum::context()->status[0] >= 4 ? Mach<T>::nan : o.result;
+    return deliver(s, o, k.min_lists == 0);
 }
 
 constexpr unsigned adaptive = takes_lists;
@@ -311,11 +326,24 @@ T int_fcn_cauchy(Fcn<T> fcn, T a, T b, T c, frame::Options opt) {
                  [&](Tol<T> tol, Lists<T>& w) { return step_qawc(s.fcn, a, b, c, tol, w); });
 }
 
+// The non-adaptive rule needs no lists, and its cheapest integrals cost little more than the
+// call itself: the usual tolerances skip the checks' calls.
 template <class T>
 T int_fcn_smooth(Fcn<T> fcn, T a, T b, frame::Options opt) {
     Settings<T> s = start(fcn, opt, 0, 0);
-    return drive(s, {"QDNG", 0, 0, false, false},
-                 [&](Tol<T> tol, Lists<T>&) { return step_qng(s.fcn, a, b, tol); });
+    if (frame::pending()) return Mach<T>::nan;
+    Outcome<T> o;
+    {
+        frame::Level step("QDNG");
+        if (!usual_tolerances(s)) {
+            check_tolerances(s, 0, false, false);
+            if (frame::pending()) return Mach<T>::nan;
+        }
+        s.fcn.mark_level();
+        o = step_qng(s.fcn, a, b, Tol<T>{s.err_abs, s.err_rel});
+    }
+    if (frame::pending()) return Mach<T>::nan;
+    return deliver(s, o, true);
 }
 
 template <class T>

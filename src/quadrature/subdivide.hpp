@@ -112,6 +112,94 @@ struct Epsilon {
     void extrapolate(T& result, T& abserr);
 };
 
+// The extrapolation of the extrapolating steps: after each round of refinement the total of
+// the lists joins a sequence whose limit the epsilon algorithm estimates, and the best limit
+// so far is kept. The steps seed the sequence with their first totals (`seed`).
+template <class T>
+struct Extrapolation {
+    Epsilon<T> table;
+    T result = 0;
+    T abserr = Mach<T>::huge;  // of the best limit; huge until one is found
+    T correc = 0;              // the error over the large intervals when it was found
+    T ertest = 0;              // the tolerance the limit must meet
+    int ktmin = 0;             // extrapolations since the limit last improved
+    int ierro = 0;             // 3: roundoff seen while extrapolating
+    bool noext = false;        // the table collapsed: no more extrapolation
+
+    void seed(T total) { table.epstab[table.n++] = total; }
+
+    // The total `area` joins the sequence; from its third member on, a new limit is formed and
+    // kept when its estimate is smaller. True when the step should end: the limit meets the
+    // tolerance, or the sequence diverges (ier = divergent).
+    bool add(T area, T errsum, T erlarg, Tol<T> tol, int& ier) {
+        seed(area);
+        if (table.n < 3) return false;
+        T reseps, abseps;
+        table.extrapolate(reseps, abseps);
+        ++ktmin;
+        if (ktmin > 5 && abserr < T(1e-3) * errsum) ier = divergent;
+        if (abseps < abserr) {
+            ktmin = 0;
+            abserr = abseps;
+            result = reseps;
+            correc = erlarg;
+            ertest = std::max(tol.epsabs, tol.epsrel * std::abs(reseps));
+            if (abserr <= ertest) return true;
+        }
+        if (table.n == 1) noext = true;
+        return ier == divergent;
+    }
+
+    // The end of the step, unless the plain sum met the tolerance (`summed`): the extrapolated
+    // limit when it is the better estimate, else the sum of the lists. `ier` is the loop's
+    // outcome; dres and defabs are |integral| and integral of |f| of the first rule, and the
+    // result is multiplied by `sign`.
+    Outcome<T> conclude(Outcome<T> out, int ier, T area, T errsum, T dres, T defabs, bool summed,
+                        const Lists<T>& w, T sign) const {
+        if (!summed && abserr != Mach<T>::huge) {
+            T err = abserr;
+            bool use_sum = false, plain = false;
+            if (ier + ierro != 0) {
+                if (ierro == 3) err += correc;
+                if (ier == 0) ier = bad_behaviour;  // renumbered below to roundoff
+                if (result != 0 && area != 0) use_sum = err / std::abs(result) > errsum / std::abs(area);
+                else if (err > errsum) use_sum = true;
+                else if (area == 0) plain = true;
+            }
+            if (!use_sum) {
+                // An integrand of one sign whose limit and sum disagree in size: divergence.
+                const bool one_sign = dres >= (T(1) - T(50) * Mach<T>::eps) * defabs;
+                if (!plain && (one_sign || !(std::max(std::abs(result), std::abs(area)) <= defabs * T(0.01)))) {
+                    if (T(0.01) > result / area || result / area > T(100) || errsum > std::abs(area)) ier = 6;
+                }
+                out.ier = ier > 2 ? ier - 1 : ier;
+                out.result = result * sign;
+                out.abserr = err;
+                return out;
+            }
+        }
+        out.result = sum_list(w.rlist, out.last) * sign;
+        out.abserr = sum_list(w.elist, out.last);
+        out.ier = ier > 2 ? ier - 1 : ier;
+        return out;
+    }
+};
+
+// Moves nrmax down the error ordering to the first interval that is still `large` (a
+// predicate of its list index), within the positions the remaining bisections can reach;
+// false when there is none. On return maxerr and errmax name the interval at nrmax.
+template <class T, class Large>
+bool next_large(const Lists<T>& w, int last, int& nrmax, int& maxerr, T& errmax, Large&& large) {
+    const int jupbnd = last > 2 + w.limit / 2 ? w.limit + 3 - last : last;
+    for (int k = nrmax; k <= jupbnd; ++k) {
+        maxerr = w.iord[nrmax - 1];
+        errmax = w.elist[maxerr];
+        if (large(maxerr)) return true;
+        ++nrmax;
+    }
+    return false;
+}
+
 // Bisection without extrapolation, continuing from lists that hold out.last intervals in
 // order (out.result and out.abserr their totals): bisect the interval with the largest error
 // at split(a, b), until the total error meets the tolerance or a limit is hit. The roundoff

@@ -409,7 +409,7 @@ Outcome<T> step_qaws(Integrand<T>& f, T a, T b, int weight, T alpha, T beta, Tol
 template <class T>
 Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol, Lists<T>& w,
                      Moments<T>& mom, bool reuse_moments) {
-    const T epmach = Mach<T>::eps, oflow = Mach<T>::huge;
+    const T epmach = Mach<T>::eps;
     const T domega = std::abs(omega);
     if (!reuse_moments) mom.momcom = 0;
     Outcome<T> out;
@@ -435,20 +435,18 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
         out.result *= sign;
         return out;
     }
-    Epsilon<T> eps;
-    T errmax = r.abserr, area = r.result, errsum = r.abserr, abserr = oflow, result = r.result;
-    T erlarg = 0, ertest = 0, correc = 0;
-    int maxerr = 0, nrmax = 1, ierro = 0, ktmin = 0, numrl2 = 0;
+    Extrapolation<T> x;
+    x.result = r.result;
+    T errmax = r.abserr, area = r.result, errsum = r.abserr, erlarg = 0;
+    int maxerr = 0, nrmax = 1;
     Roundoff<T> ro;
-    bool extrap = false, noext = false, extall = false;
+    bool extrap = false, extall = false;
     T small = std::abs(b - a) * T(0.75);
     if (T(0.5) * std::abs(b - a) * domega > T(2)) {
-        numrl2 = 1;
         extall = true;
-        eps.epstab[0] = r.result;
+        x.seed(r.result);
     }
     if (T(0.25) * std::abs(b - a) * domega <= T(2)) extall = true;
-    const int ksgn = dres >= (T(1) - T(50) * epmach) * defabs ? 1 : -1;
     int last = 1;
     bool summed = false;
     while (last < w.limit && w.reserve(last)) {
@@ -467,7 +465,7 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
         w.level[last - 1] = nrmom;
         errbnd = std::max(tol.epsabs, tol.epsrel * std::abs(area));
         if (ro.too_many()) ier = roundoff;
-        if (ro.iroff2 >= 5) ierro = 3;
+        if (ro.iroff2 >= 5) x.ierro = 3;
         if (last == w.limit) ier = limit_reached;
         if (too_small(a1, a2, b2)) ier = extrapolation_roundoff;
         out.bad_a = a1;
@@ -482,13 +480,12 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
         bool extrapolate_now = false;
         if (last == 2 && extall) {
             small *= T(0.5);
-            ++numrl2;
-            eps.epstab[numrl2 - 1] = area;
-            ertest = errbnd;
+            x.seed(area);
+            x.ertest = errbnd;
             erlarg = errsum;
             continue;
         }
-        if (noext) continue;
+        if (x.noext) continue;
         if (extall) {
             erlarg -= erlast;
             if (std::abs(b1 - a1) > small) erlarg += erro12;
@@ -503,47 +500,17 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
                 small *= T(0.5);
                 if (T(0.25) * width * domega > T(2)) continue;
                 extall = true;
-                ertest = errbnd;
+                x.ertest = errbnd;
                 erlarg = errsum;
                 continue;
             }
             extrap = true;
             nrmax = 2;
         }
-        bool large_left = false;
-        if (ierro != 3 && erlarg > ertest) {
-            const int jupbnd = last > w.limit / 2 + 2 ? w.limit + 3 - last : last;
-            for (int k = nrmax; k <= jupbnd; ++k) {
-                maxerr = w.iord[nrmax - 1];
-                errmax = w.elist[maxerr];
-                if (std::abs(w.blist[maxerr] - w.alist[maxerr]) > small) {
-                    large_left = true;
-                    break;
-                }
-                ++nrmax;
-            }
-        }
-        if (large_left) continue;
-        ++numrl2;
-        eps.epstab[numrl2 - 1] = area;
-        if (numrl2 >= 3) {
-            eps.n = numrl2;
-            T reseps, abseps;
-            eps.extrapolate(reseps, abseps);
-            numrl2 = eps.n;
-            ++ktmin;
-            if (ktmin > 5 && abserr < T(1e-3) * errsum) ier = divergent;
-            if (abseps < abserr) {
-                ktmin = 0;
-                abserr = abseps;
-                result = reseps;
-                correc = erlarg;
-                ertest = std::max(tol.epsabs, tol.epsrel * std::abs(reseps));
-                if (abserr <= ertest) break;
-            }
-            if (numrl2 == 1) noext = true;
-            if (ier == divergent) break;
-        }
+        if (x.ierro != 3 && erlarg > x.ertest &&
+            next_large(w, last, nrmax, maxerr, errmax, [&](int i) { return std::abs(w.blist[i] - w.alist[i]) > small; }))
+            continue;
+        if (x.add(area, errsum, erlarg, tol, ier)) break;
         maxerr = w.iord[0];
         errmax = w.elist[maxerr];
         nrmax = 1;
@@ -552,29 +519,7 @@ Outcome<T> step_qawo(Integrand<T>& f, T a, T b, T omega, int weight, Tol<T> tol,
         erlarg = errsum;
     }
     out.last = last;
-    if (!summed && abserr != oflow && eps.nres != 0) {
-        bool use_sum = false, plain = false;
-        if (ier + ierro != 0) {
-            if (ierro == 3) abserr += correc;
-            if (ier == 0) ier = bad_behaviour;
-            if (result != 0 && area != 0) use_sum = abserr / std::abs(result) > errsum / std::abs(area);
-            else if (abserr > errsum) use_sum = true;
-            else if (area == 0) plain = true;
-        }
-        if (!use_sum) {
-            if (!plain && !(ksgn == -1 && std::max(std::abs(result), std::abs(area)) <= defabs * T(0.01))) {
-                if (T(0.01) > result / area || result / area > T(100) || errsum >= std::abs(area)) ier = 6;
-            }
-            out.ier = ier > 2 ? ier - 1 : ier;
-            out.result = result * sign;
-            out.abserr = abserr;
-            return out;
-        }
-    }
-    out.result = sum_list(w.rlist, last) * sign;
-    out.abserr = sum_list(w.elist, last);
-    out.ier = ier > 2 ? ier - 1 : ier;
-    return out;
+    return x.conclude(out, ier, area, errsum, dres, defabs, summed, w, sign);
 }
 
 template <class T>

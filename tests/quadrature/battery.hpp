@@ -38,6 +38,9 @@ template <class T> T b_one(T) { return 1; }
 template <class T> T b_cos(T x) { return std::cos(x); }
 template <class T> T b_xm099(T x) { return std::pow(x, T(-0.99)); }
 template <class T> T b_twoends(T x) { return 1 / std::sqrt(x) + 1 / std::sqrt(1 - x); }
+template <class T> T b_log1m(T x) { return x == 1 ? T(0) : std::log(1 - x); }
+template <class T> T b_isqpk(T x) { return x == 0 ? T(0) : std::exp(-x / 4) / std::sqrt(x) + 1 / ((x - 20) * (x - 20) + T(0.01)); }
+template <class T> T b_isqpk2(T x) { return x == 0 ? T(0) : 1 / (std::sqrt(x) * (1 + x)) + 1 / ((x - 30) * (x - 30) + T(0.1)); }
 
 enum class Kind { qag, qags, qagi, qawo, qawf, qawc, qng, qagp, qaws };
 
@@ -87,6 +90,7 @@ std::vector<Case<T>> battery() {
         {"qawo_lorentz_cos", "qawo_lorentz_cos", Kind::qawo, b_lorentz<T>, -1, 4, 3, 1, 0, 0, 0},
         {"qawo_peak_sym", "qawo_peak_sym", Kind::qawo, b_peak<T>, -1, 1, 3, 1, 0, 0, 0},
         {"qawo_peak_sin", "qawo_peak_sin", Kind::qawo, b_peak<T>, 0, 1, 40, 2, 0, 0, 0},
+        {"qawo_log1m_sin", "qawo_log1m_sin", Kind::qawo, b_log1m<T>, -1, 1, 10 * pi, 2, 0, 0, 0},
         {"qawf_lorentz_cos", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 0},
         {"qawf_xlorentz_sin", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 0},
         {"qawf_expm_sin", "qawf_expm_sin", Kind::qawf, b_expm<T>, 0, 0, 2, 2, 0, 0, 0},
@@ -118,6 +122,8 @@ std::vector<Case<T>> battery() {
         // Far below what the integrand's rounding allows: roundoff stops the extrapolation.
         {"qagp_cubiclog_tight", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0,
          sizeof(T) == 8 ? 4018 : 4008, 500, 1e-14},
+        {"qag_xsin_tight", "qag_xsin", Kind::qag, b_xsin<T>, 0, 2 * pi, 0, 1, 0, 0, 4008, 500, 1.2e-14},
+        {"qags_xsin_tight", "qag_xsin", Kind::qags, b_xsin<T>, 0, 2 * pi, 0, 0, 0, 0, 4008, 499, 1.2e-14},
         {"qagp_cubiclog_lim17", "qagp_cubiclog", Kind::qagp, b_qagp<T>, 0, 3, 0, 0, 0, 0, 4007, 17},
         {"qawo_log_sin_lim6", "qawo_log_sin", Kind::qawo, b_guardlog<T>, 0, 1, 10 * pi, 2, 0, 0, 4007, 6},
         {"qawc_cubic_lim4", "qawc_cubic", Kind::qawc, b_cubic_c<T>, -1, 5, 0, 0, 0, 0, 4007, 4},
@@ -125,6 +131,8 @@ std::vector<Case<T>> battery() {
         {"qawf_lorentz_cos_lim4", "qawf_lorentz_cos", Kind::qawf, b_lorentz<T>, 0, 0, 1, 1, 0, 0, 4021, 4},
         {"qawf_xlorentz_sin_lim5", "qawf_xlorentz_sin", Kind::qawf, b_xlorentz<T>, 0, 0, 1, 2, 0, 0, 4021, 5},
         {"qawf_expm_sin_lim3", "qawf_expm_sin", Kind::qawf, b_expm<T>, 0, 0, 2, 2, 0, 0, 4021, 3},
+        {"qawf_isqpk_cos_lim6", "qawf_isqpk_cos", Kind::qawf, b_isqpk<T>, 0, 0, 1, 1, 0, 0, 4022, 6},  // cycle 1 misses
+        {"qawf_isqpk2_sin_lim10", "qawf_isqpk2_sin", Kind::qawf, b_isqpk2<T>, 0, 0, 1, 2, 0, 0, 4021, 10},
     };
 }
 
@@ -166,39 +174,27 @@ T run_case(const Case<T>& k, Counts<T>& out) {
     // The reference port's Fourier limit bounds the cycles, and one short, each cycle's lists.
     const int lim = k.limit > 0 ? QNUM_MAX_SUBINTER : 0, cyc = k.limit > 0 ? QNUM_MAX_CYCLES : 0;
     const int rel = k.rel > 0 ? QNUM_ERR_REL : 0;
+    // The counts, then the limit and the tolerance: every member but the non-adaptive one.
+#define QNUM_COUNTS QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter
+#define QNUM_LIMITS lim, k.limit, rel, k.rel, QNUM_ERR_ABS, 0.0, 0
     switch (k.kind) {
-    case Kind::qag:
-        return A::fcn(k.f, a, b, QNUM_RULE, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                      QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
-    case Kind::qags:
-        return A::sing(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                       &out.n_subinter, lim, k.limit, 0);
-    case Kind::qagi:
-        return A::inf(k.f, c, k.code, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                      &out.n_subinter, lim, k.limit, 0);
-    case Kind::qawo:
-        return A::trig(k.f, c, k.code, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                       QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
-    case Kind::qawf:
-        return A::fourier(k.f, c, k.code, a, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals,
-                          QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit - 1, cyc, k.limit, 0);
-    case Kind::qawc:
-        return A::cauchy(k.f, a, b, c, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, QNUM_N_SUBINTER,
-                         &out.n_subinter, lim, k.limit, 0);
-    case Kind::qng:
-        return A::smooth(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, 0);
+    case Kind::qag: return A::fcn(k.f, a, b, QNUM_RULE, k.code, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qags: return A::sing(k.f, a, b, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qagi: return A::inf(k.f, c, k.code, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qawo: return A::trig(k.f, c, k.code, a, b, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qawf: return A::fourier(k.f, c, k.code, a, QNUM_COUNTS, lim, k.limit - 1, cyc, k.limit, 0);
+    case Kind::qawc: return A::cauchy(k.f, a, b, c, QNUM_COUNTS, QNUM_LIMITS);
+    case Kind::qng: return A::smooth(k.f, a, b, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS, &out.n_evals, 0);
     case Kind::qagp: {
         const T pts[2] = {T(1), std::sqrt(T(2))};
         const T step[1] = {T(1) / 3};
         const bool two = k.f == b_qagp<T>;
-        return A::sing_pts(k.f, a, b, two ? 2 : 1, two ? pts : step, QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                           &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, rel, k.rel,
-                           QNUM_ERR_ABS, 0.0, 0);
+        return A::sing_pts(k.f, a, b, two ? 2 : 1, two ? pts : step, QNUM_COUNTS, QNUM_LIMITS);
     }
-    case Kind::qaws:
-        return A::alg_log(k.f, a, b, k.code, T(k.alpha), T(k.beta), QNUM_ERR_EST, &out.err_est, QNUM_N_EVALS,
-                          &out.n_evals, QNUM_N_SUBINTER, &out.n_subinter, lim, k.limit, 0);
+    case Kind::qaws: return A::alg_log(k.f, a, b, k.code, T(k.alpha), T(k.beta), QNUM_COUNTS, QNUM_LIMITS);
     }
+#undef QNUM_COUNTS
+#undef QNUM_LIMITS
     return 0;
 }
 

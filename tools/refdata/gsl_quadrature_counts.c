@@ -65,6 +65,7 @@ static const struct Case cases[] = {
     {"qawo_lorentz_cos", QAWO, b_lorentz, -1, 4, 3, 1, 0, 0},
     {"qawo_peak_sym", QAWO, b_peak, -1, 1, 3, 1, 0, 0},
     {"qawo_peak_sin", QAWO, b_peak, 0, 1, 40, 2, 0, 0},
+    {"qawo_log1m_sin", QAWO, b_log1m, -1, 1, 10 * PI, 2, 0, 0},
     {"qawf_lorentz_cos", QAWF, b_lorentz, 0, 0, 1, 1, 0, 0},
     {"qawf_xlorentz_sin", QAWF, b_xlorentz, 0, 0, 1, 2, 0, 0},
     {"qawf_expm_sin", QAWF, b_expm, 0, 0, 2, 2, 0, 0},
@@ -94,6 +95,9 @@ static const struct Case cases[] = {
     {"qagp_cubiclog_lim13", QAGP, b_qagp, 0, 3, 0, 0, 0, 0, 13},
     /* The port refuses this tolerance (below 50 eps): status 13, nothing to compare. */
     {"qagp_cubiclog_tight", QAGP, b_qagp, 0, 3, 0, 0, 0, 0, 500, 1e-14},
+    /* Just above the port's floor: roundoff ends the plain and the extrapolating subdivision. */
+    {"qag_xsin_tight", QAG, b_xsin, 0, 2 * PI, 0, 1, 0, 0, 500, 1.2e-14},
+    {"qags_xsin_tight", QAGS, b_xsin, 0, 2 * PI, 0, 0, 0, 0, 499, 1.2e-14},
     {"qagp_cubiclog_lim17", QAGP, b_qagp, 0, 3, 0, 0, 0, 0, 17},
     {"qawo_log_sin_lim6", QAWO, b_guardlog, 0, 1, 10 * PI, 2, 0, 0, 6},
     {"qawc_cubic_lim4", QAWC, b_cubic_c, -1, 5, 0, 0, 0, 0, 4},
@@ -101,6 +105,9 @@ static const struct Case cases[] = {
     {"qawf_lorentz_cos_lim4", QAWF, b_lorentz, 0, 0, 1, 1, 0, 0, 4},
     {"qawf_xlorentz_sin_lim5", QAWF, b_xlorentz, 0, 0, 1, 2, 0, 0, 5},
     {"qawf_expm_sin_lim3", QAWF, b_expm, 0, 0, 2, 2, 0, 0, 3},
+    /* The first cycle misses; the later cycles run at the tolerance that follows from it. */
+    {"qawf_isqpk_cos_lim6", QAWF, b_isqpk, 0, 0, 1, 1, 0, 0, 6},
+    {"qawf_isqpk2_sin_lim10", QAWF, b_isqpk2, 0, 0, 1, 2, 0, 0, 10},
 };
 
 int main(void) {

@@ -18,6 +18,9 @@ static double b_lorentz(double x) { return 1 / (1 + x * x); }
 static double b_x2exp(double x) { return x * x * exp(-x); }
 static double b_log100(double x) { return log(x) / (1 + 100 * x * x); }
 static double b_guardlog(double x) { return x == 0 ? 0 : log(x); }
+static double b_log1m(double x) { return x == 1 ? 0 : log(1 - x); }
+static double b_isqpk(double x) { return x == 0 ? 0 : exp(-x / 4) / sqrt(x) + 1 / ((x - 20) * (x - 20) + 0.01); }
+static double b_isqpk2(double x) { return x == 0 ? 0 : 1 / (sqrt(x) * (1 + x)) + 1 / ((x - 30) * (x - 30) + 0.1); }
 static double b_expm(double x) { return exp(-x); }
 static double b_xlorentz(double x) { return x / (1 + x * x); }
 static double b_cubic_c(double x) { return 1 / (5 * x * x * x + 6); }

@@ -57,6 +57,7 @@ cases = [
     ("qagi_log100_1", -pi * log(10) / 20),
     ("qagi_lorentz_m1", 3 * pi / 4),
     ("qawo_log_sin", q(lambda x: log(x) * sin(10 * pi * x), mp.linspace(0, 1, 41))),
+    ("qawo_log1m_sin", q(lambda x: log(1 - x) * sin(10 * pi * x), mp.linspace(-1, 1, 81))),
     ("qawo_exp_cos", q(lambda x: exp(-x) * cos(20 * x), mp.linspace(0, 2, 41))),
     ("qawo_lorentz_cos", q(lambda x: cos(3 * x) / (1 + x * x), [-1, 0, 1, 2, 3, 4])),
     ("qawo_peak_sym", q(lambda x: cos(3 * x) / ((x - 0.3) ** 2 + 0.001), [-1, 0.3, 1])),
@@ -64,6 +65,14 @@ cases = [
     ("qawf_lorentz_cos", pi / (2 * e)),
     ("qawf_xlorentz_sin", pi / (2 * e)),
     ("qawf_expm_sin", mp.mpf(2) / 5),
+    # x^(-1/2) e^(-x/4) cos x in closed form (Gamma(1/2) Re (1/4 - i)^(-1/2)); a Lorentzian peak
+    # of half-width w at c over the whole line in closed form, less its smooth part on (-inf, 0].
+    ("qawf_isqpk_cos", sqrt(pi) * mp.re((mp.mpf(1) / 4 - 1j) ** -0.5) + pi / mp.mpf("0.1") * exp(-mp.mpf("0.1")) * cos(20)
+     - mp.quadosc(lambda y: cos(y) / ((y + 20) ** 2 + mp.mpf("0.01")), [0, inf], omega=1)),
+    ("qawf_isqpk2_sin", q(lambda x: sin(x) / (sqrt(x) * (1 + x)), [0, 1])
+     + mp.quadosc(lambda x: sin(x) / (sqrt(x) * (1 + x)), [1, inf], omega=1)
+     + pi / sqrt(mp.mpf("0.1")) * exp(-sqrt(mp.mpf("0.1"))) * sin(30)
+     + mp.quadosc(lambda y: sin(y) / ((y + 30) ** 2 + mp.mpf("0.1")), [0, inf], omega=1)),
     ("qawc_cubic", log(mp.mpf(125) / 631) / 18),
     ("qawc_exp_rev", -pv(exp, -1, 1, mp.mpf('0.5'))),
     ("qawc_far", pv(lambda x: 1 / (1 + x * x), 0, 1, 3)),
