@@ -14,8 +14,8 @@ namespace qnum::random {
 namespace {
 
 registry::OnceFlag keys_once{0};
-int state_key = 0;           // 0: not created (the registry never hands out key 0)
-int block_keys[2] = {0, 0};  // float, double
+int state_key;     // 0: not created (the registry never hands out key 0)
+int block_keys[2];  // float, double; 0 as above
 
 std::atomic<Clock> clock_source{nullptr};
 std::atomic<Allocator> allocator{nullptr};
