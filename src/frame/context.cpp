@@ -19,7 +19,6 @@ namespace {
 
 registry::OnceFlag context_key_once{0};
 int context_key;  // zero until the key exists
-registry::OnceFlag creation_lock_once{0};
 platform::Mutex creation_lock;
 platform::Mutex signal_lock;
 std::atomic<int> live{0};
@@ -41,7 +40,6 @@ void destroy_context(void* p) {
 }
 
 void create_context_key() { registry::key_create(&context_key, destroy_context); }
-void init_creation_lock() {}
 
 const char* const type_names[9] = {"INTERNAL", "NOTE    ", "ALERT   ", "WARNING ", "FATAL   ",
                                    "TERMINAL", "WARNING_IMMEDIATE", "FATAL_IMMEDIATE", "INTERNAL"};
@@ -61,14 +59,13 @@ Context* create_context() {
     if (mem == nullptr) std::abort();  // nothing can be reported without a context
     auto* c = new (mem) Context;
     live.fetch_add(1, std::memory_order_relaxed);
-    registry::once(creation_lock_once, init_creation_lock);
     {
         platform::Lock guard(creation_lock);
         if (!first_recorded) {
             first_recorded = true;
             first_context_created.store(c, std::memory_order_release);
         } else if (signal_trapping.load(std::memory_order_relaxed)) {
-            multi_thread_fault.store(1, std::memory_order_relaxed);
+            multi_thread_fault.store(true, std::memory_order_relaxed);
         }
     }
     c->msg_cap = 2048;

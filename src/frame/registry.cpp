@@ -221,7 +221,7 @@ int once(OnceFlag& flag, void (*init)()) {
     platform::Lock guard(once_lock);
     if (!flag.load(std::memory_order_relaxed)) {
         init();
-        flag.store(1, std::memory_order_release);
+        flag.store(true, std::memory_order_release);
     }
     return 0;
 }
