@@ -34,6 +34,12 @@ TEST(Registry, KeysAndValueArraysGrowByDoubling) {
         reg::set_value(k, nullptr);
     }
     EXPECT_EQ(reg::get_value(100000), nullptr);
+    std::thread([] {  // the first key holds values like any other (a thread of its own: it is in use)
+        static int one;
+        reg::set_value(1, &one);
+        EXPECT_EQ(reg::get_value(1), &one);
+        reg::set_value(1, nullptr);
+    }).join();
     EXPECT_EQ(reg::set_value(0, &dummy), ENOMEM);
     static reg::OnceFlag flag{0};
     static int runs = 0;
