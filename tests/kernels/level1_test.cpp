@@ -13,7 +13,7 @@ TYPED_TEST_SUITE(Level1, Types);
 void sweep(const std::function<void(int, int, int, std::mt19937&)>& check) {
     for_each_path([&] {
         for (int n : {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 64, 65, 127, 129, 300})
-            for (auto [incx, incy] : {std::pair{1, 1}, {2, 1}, {2, 2}, {2, -2}, {-1, 3}, {-3, 1}}) {
+            for (auto [incx, incy] : {std::pair{1, 1}, {2, 1}, {1, 2}, {2, 2}, {2, -2}, {-1, 3}, {-3, 1}}) {
                 SCOPED_TRACE(::testing::Message() << "n " << n << " incx " << incx << " incy " << incy);
                 std::mt19937 g(n);
                 check(n, incx, incy, g);
