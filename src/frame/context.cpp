@@ -18,8 +18,7 @@ std::atomic<Context*> first_context_created{nullptr};
 namespace {
 
 registry::OnceFlag context_key_once{0};
-int context_key = 0;
-registry::OnceFlag creation_lock_once{0};
+int context_key;  // zero until the key exists
 platform::Mutex creation_lock;
 platform::Mutex signal_lock;
 std::atomic<int> live{0};
@@ -41,14 +40,15 @@ void destroy_context(void* p) {
 }
 
 void create_context_key() { registry::key_create(&context_key, destroy_context); }
-void init_creation_lock() {}
 
 const char* const type_names[9] = {"INTERNAL", "NOTE    ", "ALERT   ", "WARNING ", "FATAL   ",
                                    "TERMINAL", "WARNING_IMMEDIATE", "FATAL_IMMEDIATE", "INTERNAL"};
-const std::uint8_t default_print[9] = {0, 0, 0, 1, 1, 1, 1, 1, 1};
-const std::uint8_t default_stop[9] = {0, 0, 0, 0, 1, 1, 0, 0, 1};
-const std::uint8_t default_traceback[9] = {0, 0, 0, 0, 0, 0, 0, 0, 1};
-const std::uint8_t default_immediate[9] = {0, 0, 0, 0, 0, 1, 1, 1, 1};
+// Per type: printed, stopping, traced back, reported as soon as raised.
+constexpr bool no = false, yes = true;
+const bool default_print[9] = {no, no, no, yes, yes, yes, yes, yes, yes};
+const bool default_stop[9] = {no, no, no, no, yes, yes, no, no, yes};
+const bool default_traceback[9] = {no, no, no, no, no, no, no, no, yes};
+const bool default_immediate[9] = {no, no, no, no, no, yes, yes, yes, yes};
 
 }  // namespace
 
@@ -59,14 +59,13 @@ Context* create_context() {
     if (mem == nullptr) std::abort();  // nothing can be reported without a context
     auto* c = new (mem) Context;
     live.fetch_add(1, std::memory_order_relaxed);
-    registry::once(creation_lock_once, init_creation_lock);
     {
         platform::Lock guard(creation_lock);
         if (!first_recorded) {
             first_recorded = true;
             first_context_created.store(c, std::memory_order_release);
         } else if (signal_trapping.load(std::memory_order_relaxed)) {
-            multi_thread_fault.store(1, std::memory_order_relaxed);
+            multi_thread_fault.store(true, std::memory_order_relaxed);
         }
     }
     c->msg_cap = 2048;
@@ -101,7 +100,7 @@ void set_signal_trapping(int value) {
 // ---- stream units ----
 namespace {
 registry::OnceFlag units_once{0};
-int units_key = 0;
+int units_key;
 void free_units(void* p) { std::free(p); }
 void create_units_key() { registry::key_create(&units_key, free_units); }
 }  // namespace
@@ -109,7 +108,7 @@ void create_units_key() { registry::key_create(&units_key, free_units); }
 std::FILE** stream_units() {
     registry::once(units_once, create_units_key);
     if (void* v = registry::get_value(units_key)) return static_cast<std::FILE**>(v);
-    auto* units = static_cast<std::FILE**>(std::malloc(3 * sizeof(std::FILE*)));
+    auto* units = static_cast<std::FILE**>(std::malloc(sizeof(std::FILE*[3])));
     if (units == nullptr) return nullptr;
     units[0] = stdin;
     units[1] = stdout;

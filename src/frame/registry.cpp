@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 namespace qnum::registry {
 namespace {
@@ -20,8 +21,8 @@ using Word = std::uintptr_t;
 
 platform::TlsSlot slot;
 std::atomic<bool> started{false};
-int next_key = 1;
-int capacity = 64;
+int next_key;  // both set by startup()
+int capacity;
 Destructor* destructors = nullptr;
 Triple* list = nullptr;
 int list_count = 0;
@@ -126,7 +127,7 @@ void shutdown() {
 
 void at_unload(void (*fn)()) {
     platform::Lock guard(startup_lock);
-    if (unload_hook_count < 8) unload_hooks[unload_hook_count++] = fn;
+    if (unload_hook_count < static_cast<int>(std::size(unload_hooks))) unload_hooks[unload_hook_count++] = fn;
 }
 
 int key_create(int* key, Destructor destructor) {
@@ -220,7 +221,7 @@ int once(OnceFlag& flag, void (*init)()) {
     platform::Lock guard(once_lock);
     if (!flag.load(std::memory_order_relaxed)) {
         init();
-        flag.store(1, std::memory_order_release);
+        flag.store(true, std::memory_order_release);
     }
     return 0;
 }

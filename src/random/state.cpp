@@ -14,8 +14,8 @@ namespace qnum::random {
 namespace {
 
 registry::OnceFlag keys_once{0};
-int state_key = 0;           // 0: not created (the registry never hands out key 0)
-int block_keys[2] = {0, 0};  // float, double
+int state_key;     // 0: not created (the registry never hands out key 0)
+int block_keys[2];  // float, double; 0 as above
 
 std::atomic<Clock> clock_source{nullptr};
 std::atomic<Allocator> allocator{nullptr};
@@ -78,7 +78,7 @@ constexpr int block_index = std::is_same_v<T, float> ? 0 : 1;
 State* state() {
     registry::once(keys_once, create_keys);
     auto* s = static_cast<State*>(
-        record(state_key, sizeof(State), [](void* p) { static_cast<State*>(p)->needs_init = 1; }));
+        record(state_key, sizeof(State), [](void* p) { static_cast<State*>(p)->needs_init = true; }));
     if (s != nullptr && s->needs_init) initialise(*s);
     return s;
 }
@@ -88,8 +88,8 @@ Block<T>* block() {
     registry::once(keys_once, create_keys);
     return static_cast<Block<T>*>(record(block_keys[block_index<T>], sizeof(Block<T>), [](void* p) {
         auto* b = static_cast<Block<T>*>(p);
-        b->first_call = 1;
-        b->table_stale = 1;
+        b->first_call = true;
+        b->table_stale = true;
     }));
 }
 
@@ -108,7 +108,7 @@ std::int32_t clock_seed() {
 void take_clock_seed(State& s, bool mark) {
     s.seed = clock_seed();
     s.seed_d = s.seed;
-    if (mark) s.seeded = 1;
+    if (mark) s.seeded = true;
 }
 
 std::uint32_t multiplier(int option) {

@@ -77,7 +77,7 @@ bool draw(int n, T* r) {
                 b->table_stale = 0;
             }
             fill_table(*s, a, b->table);
-            set = 1;
+            set = true;
             seed = static_cast<std::uint32_t>(s->seed);
         }
         seed = shuffle(a, seed, scale, b->table, n, r);
@@ -133,7 +133,7 @@ void rnses(const T* table) {
                          frame::Int{i + 1});
         }
     }
-    set = 1;
+    set = true;
 }
 
 void random_option(int generator_option) {
@@ -148,7 +148,7 @@ void random_seed_set(int seed) {
     if (seed >= 1 && seed <= 2147483646) {
         s->seed = seed;
         s->seed_d = seed;
-        s->seeded = 1;
+        s->seeded = true;
     } else if (seed == 0) {
         take_clock_seed(*s, false);
     } else if (!s->seeded) {

@@ -66,7 +66,9 @@ TEST(ErrorStack, TemplatesFillTheirSlotsAndTheBufferGrows) {
         {"%(q1) stays", "%(q1) stays"}, {"%(i) stays", "%(i) stays"}, {"100%", "100%"}, {"%(i1%n)", "42"},
         {"%(i1", "%(i1"}, {"<%(l2)>", "<" + long_text + ">"},
         // widths of more than three digits fall back to the default format
-        {"%(i1%333333331d)", "42"}, {"%(d1%.1000f)", "2.500000e+00"}, {"%(i1%03d)", "042"}};
+        {"%(i1%333333331d)", "42"}, {"%(d1%.1000f)", "2.500000e+00"}, {"%(i1%03d)", "042"},
+        // a format of 63 characters is used, a longer one falls back
+        {"%(i1%d" + std::string(61, 'x') + ")", "42" + std::string(61, 'x')}, {"%(i1%d" + std::string(62, 'x') + ")", "42"}};
     qnum_e1sti(1, 42);
     qnum_e1std(1, 2.5);
     qnum_e1stz(1, qnum_d_complex{1.0, -1.0});

@@ -39,10 +39,6 @@ TEST(Machine, TablesHoldTheirExactBitPatterns) {
         EXPECT_EQ(bits(qnum_f_machine(i)), single[i - 1]) << i;
         EXPECT_EQ(bits(qnum_d_machine(i)), dbl[i - 1]) << i;
     }
-    EXPECT_EQ(qnum_dmach(4), std::ldexp(1.0, -52));
-    EXPECT_EQ(qnum_dmach(3), std::ldexp(1.0, -53));
-    EXPECT_EQ(qnum_amach(4), std::ldexp(1.0f, -23));
-    EXPECT_EQ(qnum_dmach(5), 0.30102998001990605);
     const int ints[13] = {8, 2, 15, 32767, 31, 2147483647, 2, 24, -125, 128, 53, -1021, 1024};
     for (int i = 0; i <= 12; ++i) EXPECT_EQ(qnum_i_machine(i), ints[i]) << i;
     EXPECT_EQ(qnum_n1rty(1), 0);

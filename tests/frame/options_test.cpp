@@ -45,45 +45,34 @@ TEST(ErrorOptions, UnknownCodeNamesItsPositionAndEndsParsing) {
     EXPECT_EQ(int_slot(2), 1);
 }
 
-TEST(ErrorOptions, NullOutputPointerIsTerminal104) {
-    QuietErrors quiet;
-    qnum_error_options(QNUM_GET_ERROR_PRINTER, nullptr, 0);
-    EXPECT_EQ(qnum_20305(), 104);
-    EXPECT_EQ(string_slot(2), "QNUM_GET_ERROR_PRINTER");
-}
-
-TEST(ErrorOptions, ErrorFileIsUnitThree) {
-    std::FILE* mine = std::tmpfile();
-    std::FILE* got = nullptr;
+// The file is unit 3; printer kinds (an unknown one is the stream printer) and the trapping
+// switch read back; path and file name are copied; a null output pointer is TERMINAL 104.
+TEST(ErrorOptions, SettingsReadBackAndNullOutputIsTerminal104) {
+    std::FILE *mine = std::tmpfile(), *got = nullptr, *unit3 = nullptr;
     qnum_error_options(QNUM_SET_ERROR_FILE, mine, QNUM_GET_ERROR_FILE, &got, 0);
-    EXPECT_EQ(got, mine);
-    std::FILE* unit3 = nullptr;
     qnum_umach(3, &unit3);
-    EXPECT_EQ(unit3, mine);
+    EXPECT_TRUE(got == mine && unit3 == mine);
     qnum_error_options(QNUM_SET_ERROR_FILE, stderr, 0);
     std::fclose(mine);
-}
-
-TEST(ErrorOptions, PrinterKindsAndTrappingSwitch) {
-    int kind = 0;
-    qnum_error_options(QNUM_SET_ERROR_PRINTER, 12345, QNUM_GET_ERROR_PRINTER, &kind, 0);
-    EXPECT_EQ(kind, QNUM_PRINTER_STREAM);
-    qnum_error_options(QNUM_SET_ERROR_PRINTER, QNUM_PRINTER_MESSAGE_BOX, QNUM_GET_ERROR_PRINTER, &kind, 0);
-    EXPECT_EQ(kind, QNUM_PRINTER_MESSAGE_BOX);
+    for (auto [set, want] : {std::pair{12345, QNUM_PRINTER_STREAM}, {QNUM_PRINTER_MESSAGE_BOX, QNUM_PRINTER_MESSAGE_BOX}}) {
+        int kind = 0;
+        qnum_error_options(QNUM_SET_ERROR_PRINTER, set, QNUM_GET_ERROR_PRINTER, &kind, 0);
+        EXPECT_EQ(kind, want);
+    }
     qnum_error_options(QNUM_SET_ERROR_PRINTER, QNUM_PRINTER_STREAM, 0);
-    qnum_error_options(QNUM_SIGNAL_TRAPPING, 0, 0);
-    EXPECT_EQ(qnum::signal_trapping.load(), 0);
-    qnum_error_options(QNUM_SIGNAL_TRAPPING, 1, 0);
-    EXPECT_EQ(qnum::signal_trapping.load(), 1);
-}
-
-TEST(ErrorOptions, PathAndFileNameAreCopied) {
+    for (int on : {0, 1}) {
+        qnum_error_options(QNUM_SIGNAL_TRAPPING, on, 0);
+        EXPECT_EQ(qnum::signal_trapping.load(), on);
+    }
     char path[] = "/nowhere";
     qnum_error_options(QNUM_SET_ERROR_PATH, path, QNUM_SET_ERROR_FILE_NAME, "other.bin", 0);
     path[1] = 'X';
     EXPECT_STREQ(qnum::context()->catalogue.search_path, "/nowhere");
     EXPECT_STREQ(qnum::context()->catalogue.file_name, "other.bin");
     qnum_error_options(QNUM_SET_ERROR_PATH, nullptr, 0);
+    QuietErrors quiet;
+    qnum_error_options(QNUM_GET_ERROR_PRINTER, nullptr, 0);
+    EXPECT_EQ(std::make_pair(qnum_20305(), string_slot(2)), std::make_pair(104, std::string("QNUM_GET_ERROR_PRINTER")));
 }
 
 // A worker in the style of the library's routines, reading (n, ...) options.

@@ -64,6 +64,7 @@ TEST_F(Printing, WrapsExactlyAtTheMargin) {
         {"aaaa bbbb cccc ddddd", "aaaa bbbb cccc ddddd\n\n"},
         {"aaaa bbbb cccc dddddd", "aaaa bbbb cccc\n***          dddddd\n\n"},
         {"aaaa bbbb cccc ddddd eeee", "aaaa bbbb cccc ddddd\n***          eeee\n\n"},
+        {"aaaa bbbb cccc dddddd ", "aaaa bbbb cccc\n***          dddddd \n\n"},  // a blank one past the margin may not take the break
         {"aaaa bbbb%/cccc", "aaaa bbbb\n***          cccc\n\n"},
         {"a bbbbbbbbbbbbbbbbbbbbbbbbb", "a\n***          bbbbbbbbbbbbbbbbbbbbbbbbb\n\n"},  // the first blank may break
         {"The quick brown fox jumps over the lazy dog and keeps on running past the river "

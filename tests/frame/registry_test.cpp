@@ -25,7 +25,7 @@ TEST(Registry, KeysAndValueArraysGrowByDoubling) {
     EXPECT_GE(reg::key_capacity(), 128);
     auto power_of_two = [](long v) { return v >= 64 && (v & (v - 1)) == 0; };
     int dummy = 0;
-    for (int k : {70, 300}) {
+    for (int k : {70, 256}) {  // 256: a key at a power of two needs the next one
         ASSERT_EQ(reg::set_value(k, &dummy), reg::ok);
         EXPECT_GT(reg::thread_array_length(), k);
         EXPECT_TRUE(power_of_two(reg::thread_array_length()) && power_of_two(reg::key_capacity()))
@@ -34,6 +34,12 @@ TEST(Registry, KeysAndValueArraysGrowByDoubling) {
         reg::set_value(k, nullptr);
     }
     EXPECT_EQ(reg::get_value(100000), nullptr);
+    std::thread([] {  // the first key holds values like any other (a thread of its own: it is in use)
+        static int one;
+        reg::set_value(1, &one);
+        EXPECT_EQ(reg::get_value(1), &one);
+        reg::set_value(1, nullptr);
+    }).join();
     EXPECT_EQ(reg::set_value(0, &dummy), ENOMEM);
     static reg::OnceFlag flag{0};
     static int runs = 0;
@@ -84,8 +90,11 @@ TEST(RegistryThread, DestructorsRunAtThreadExitAndContextsAreFreed) {
 TEST(RegistryThread, ShutdownWithAThreadAliveFreesOnlyTheCallersValues) {
     EXPECT_EQ(qnum::test::run_in_child([] {
         qnum_skip_signal_handler();
-        reg::shutdown();  // the only thread: everything goes, the tables start empty
-        static std::atomic<int> freed{0}, stage{0};
+        static std::atomic<int> freed{0}, stage{0}, hooks{0};
+        reg::at_unload([] { ++hooks; });
+        reg::shutdown();  // the only thread: everything goes, unload hooks run, the tables start empty
+        if (hooks != 1) std::_Exit(4);
+        reg::at_unload([] { hooks += 10; });
         static int mine, theirs;
         int key = 0;
         if (reg::key_create(&key, [](void* v) { freed += v == &mine ? 1 : 100; }) != reg::ok) std::_Exit(2);
@@ -100,7 +109,7 @@ TEST(RegistryThread, ShutdownWithAThreadAliveFreesOnlyTheCallersValues) {
         const int after_shutdown = freed.load();
         stage = 2;
         other.join();
-        std::_Exit(after_shutdown == 1 && freed == 101 ? 0 : 3);
+        std::_Exit(after_shutdown == 1 && freed == 101 && hooks == 1 ? 0 : 3);
     }), 0);
 }
 

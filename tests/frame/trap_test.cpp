@@ -68,6 +68,16 @@ TEST(Trap, TrapsAgainAfterAFirstFaultAndTheStackUnwinds) {
         qnum::context()->immediate[5] = 0;
         faulting_routine();
         EXPECT_EQ(routine, "l_faulty_step102");
+        // An abandoned level already holding an error of the same type takes the newer one.
+        routine.clear();
+        qnum::frame::call<int>("qnum_f_faulty", [] {
+            qnum::frame::Level outer("l_outer_step");
+            qnum_e1mes(5, 77, "earlier");
+            qnum::frame::Level step("l_faulty_step");
+            *forbidden_page() = 1;
+            return 1;
+        });
+        EXPECT_EQ(routine, "l_faulty_step102");
         std::_Exit(::testing::Test::HasFailure() ? 1 : 0);
     }, &out);
     EXPECT_EQ(status, 0) << out;
