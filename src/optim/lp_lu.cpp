@@ -94,11 +94,11 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
 
     Active s;
     s.m = m;
-    if (!s.rstart.assign(m, 0) || !s.rlen.assign(m, 0) || !s.rcap.assign(m, 0) ||
-        !s.cstart.assign(m, 0) || !s.clen.assign(m, 0) || !s.ccap.assign(m, 0) ||
-        !s.cmax.assign(m, -1.0) || !s.rhead.assign(m + 1, -1) || !s.rnext.assign(m, -1) ||
-        !s.rprev.assign(m, -1) || !s.chead.assign(m + 1, -1) || !s.cnext.assign(m, -1) ||
-        !s.cprev.assign(m, -1))
+    // Starts, capacities and bucket links are all set before they are read.
+    if (!s.rstart.resize(m) || !s.rlen.assign(m, 0) || !s.rcap.resize(m) || !s.cstart.resize(m) ||
+        !s.clen.assign(m, 0) || !s.ccap.resize(m) || !s.cmax.assign(m, -1.0) ||
+        !s.rhead.assign(m + 1, -1) || !s.rnext.resize(m) || !s.rprev.resize(m) ||
+        !s.chead.assign(m + 1, -1) || !s.cnext.resize(m) || !s.cprev.resize(m))
         return false;
     // Column patterns and row counts.
     std::size_t nz = 0;

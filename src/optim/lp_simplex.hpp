@@ -72,7 +72,7 @@ private:
 
     Csc a_, ar_;  // the matrix by columns and by rows
     Vec<double> cost_, cost0_, lo_, up_, x_, d_, y_, w_;
-    Vec<int> head_, pos_, state_;
+    Vec<int> head_, state_;
     Vec<double> rho_, alpha_, tau_, work_, arow_;
     Vec<int> arow_idx_;  // the entries of arow_ that the last pivot row touched
     Vec<int> alpha_idx_;  // the nonzeros of alpha_
