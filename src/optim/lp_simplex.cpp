@@ -50,8 +50,6 @@ bool Simplex::load(Csc&& a, const double* cost, const double* lo, const double* 
     return true;
 }
 
-bool Simplex::is_boxed(int j) const { return lo_[j] > -kInf && up_[j] < kInf; }
-
 // Places nonbasic j on the bound its state names, repairing a state that names an infinite bound.
 void Simplex::nonbasic_value(int j) {
     int s = state_[j];
@@ -311,17 +309,16 @@ LpStatus Simplex::dual_loop() {
                 if (r < hb) hb = r;
             }
             double drop = 0, amax = 0;
-            bool boxed = true;
             int qk = -1;
             for (std::size_t k = nflip_begin; k < nc; ++k) {
                 int j = cand_[k];
                 double r = d_[j] / cand_a_[k];
                 if (r > hb) continue;
                 double aa = std::fabs(cand_a_[k]);
-                if (is_boxed(j)) drop += aa * (up_[j] - lo_[j]); else boxed = false;
+                drop += aa * (up_[j] - lo_[j]);  // infinite, so no flips, if a bound is
                 if (aa > amax) { amax = aa; qk = static_cast<int>(k); }
             }
-            if (boxed && slope - drop > tp) {
+            if (slope - drop > tp) {
                 // Every candidate up to the Harris bound flips; move them to the front.
                 for (std::size_t k = nflip_begin; k < nc; ++k) {
                     if (d_[cand_[k]] / cand_a_[k] > hb) continue;

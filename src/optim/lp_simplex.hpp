@@ -43,7 +43,6 @@ public:
     void report();
 
 private:
-    bool is_boxed(int j) const;
     void nonbasic_value(int j);
     bool refactor();
     // Primal and dual values from the current factors (true, for use in conditions).

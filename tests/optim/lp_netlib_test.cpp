@@ -3,13 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 #include <vector>
-
-#include <sys/stat.h>
 
 #include "lp_test_util.hpp"
 #include "qnum_test.hpp"
@@ -17,37 +13,19 @@
 namespace qnum::test {
 namespace {
 
-const std::string kDir = std::string(QNUM_TEST_DATA_DIR) + "/../../shared/data/mps/";
-
-// The table's objective includes its own reading of a right-hand side on the objective row
-// (glpk_obj_const); the comparison is between the parts without the constant.
+// The LP and MIP rows of the table with their optimal LP objective, without the constant that
+// the table's own reading of a right-hand side on the objective row adds (glpk_obj_const).
 struct Case {
     std::string file;
-    double objective;  // without the constant
+    double objective;
 };
 
-// The LP and MIP rows of expected.tsv with their optimal LP objective.
-std::vector<Case> cases() {
+std::vector<Case> file_cases() {
     std::vector<Case> out;
-    std::ifstream in(kDir + "expected.tsv");
-    std::string line, cell;
-    std::vector<std::string> head;
-    if (!std::getline(in, line)) return out;
-    for (std::stringstream s(line); std::getline(s, cell, '\t');) head.push_back(cell);
-    while (std::getline(in, line)) {
-        std::vector<std::string> f;
-        for (std::stringstream s(line); std::getline(s, cell, '\t');) f.push_back(cell);
-        f.resize(head.size());
-        std::string kind, obj, status, constant;
-        for (std::size_t k = 0; k < head.size(); ++k) {
-            if (head[k] == "kind") kind = f[k];
-            if (head[k] == "glpk_lp_obj") obj = f[k];
-            if (head[k] == "glpk_lp_status") status = f[k];
-            if (head[k] == "glpk_obj_const") constant = f[k];
-        }
-        if ((kind == "LP" || kind == "MIP") && status == "OPTIMAL") 
-            out.push_back({f[0], std::atof(obj.c_str()) - std::atof(constant.c_str())});
-    }
+    for (auto& e : expected_table())
+        if ((e["kind"] == "LP" || e["kind"] == "MIP") && e["glpk_lp_status"] == "OPTIMAL")
+            out.push_back({e["file"], std::atof(e["glpk_lp_obj"].c_str()) - std::atof(e["glpk_obj_const"].c_str())});
+    if (out.empty()) out.push_back({"", 0});  // the shared files are absent
     return out;
 }
 
@@ -66,7 +44,7 @@ protected:
 TEST_P(LpFiles, OptimalWithCertificate) {
     const Case& c = GetParam();
     if (c.file.empty()) GTEST_SKIP() << "the shared problem files are absent";
-    Qnum_d_mps* p = qnum_d_read_mps((kDir + c.file).c_str(), 0);
+    Qnum_d_mps* p = qnum_d_read_mps((mps_dir() + c.file).c_str(), 0);
     ASSERT_NE(p, nullptr) << c.file;
     std::vector<double> y(p->nrows + 1), d(p->ncolumns + 1), act(p->nrows + 1);
     std::vector<int> rs(p->nrows + 1), cs(p->ncolumns + 1);
@@ -127,12 +105,6 @@ TEST_P(LpFiles, OptimalWithCertificate) {
     }
     qnum_free_allocated_memory(x);
     qnum_d_mps_free(p);
-}
-
-std::vector<Case> file_cases() {
-    struct stat st;
-    if (stat((kDir + "expected.tsv").c_str(), &st) != 0) return {{"", 0}};
-    return cases();
 }
 
 INSTANTIATE_TEST_SUITE_P(SharedData, LpFiles, ::testing::ValuesIn(file_cases()),

@@ -6,15 +6,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <unistd.h>
 
 #include "frame/context.hpp"
+#include "lp_test_util.hpp"
 #include "optim/mps_util.hpp"
 #include "qnum_test.hpp"
 
@@ -45,10 +43,6 @@ int column_of(const Qnum_d_mps* p, const char* name) {
     return -1;
 }
 
-// Every rule in one file: comments, a blank line, a lower-case row type, a second N row (a free
-// row), an integer run, a blank column name, an in-line '$' comment, zeros kept, a second pair,
-// a right-hand side on the objective, a second RHS set, ranges, every bound type, a line cut at
-// column 61, CR LF line ends and quadratic terms.
 // One data line with its fields at columns 2, 5, 15, 25, 40 and 50.
 std::string L(const std::string& type, const std::string& n1, const std::string& n2 = "",
               const std::string& v1 = "", const std::string& n3 = "", const std::string& v2 = "") {
@@ -333,23 +327,27 @@ TEST_F(Mps, NegativeUpperBoundRule) {
 }
 
 // Only the field columns count: characters in the gaps between fields (columns 4, 13-14,
-// 23-24 and 37) are not part of any field.
+// 23-24, 37 and 48-49), in every section, are not part of any field.
 TEST_F(Mps, GapColumnsAreIgnored) {
     auto gaps = [](std::string line) {
-        for (int c : {4, 13, 14, 23, 24, 37}) {
-            if (static_cast<int>(line.size()) >= c) line[c - 1] = '#';
+        for (int c : {4, 13, 14, 23, 24, 37, 48, 49}) {
+            if (static_cast<int>(line.size()) > c) line[c - 1] = '#';  // never the newline
         }
         return line;
     };
-    const std::string text = head + gaps(L("", "M", "'MARKER'", "", "'INTORG'")) +
+    const std::string text = "NAME T\nROWS\n N  OBJ\n" + gaps(" L  R1" + std::string(8, ' ')) + "\nCOLUMNS\n" +
+                             gaps(L("", "M", "'MARKER'", "", "'INTORG'")) +
                              gaps(L("", "X1", "R1", "1.0").substr(0, 36) + "  ") + "\n" +
-                             gaps(L("", "M", "'MARKER'", "", "'INTEND'")) + "BOUNDS\n" + gaps(L("UP", "BND", "X1", "4.0")) + "QUADOBJ\n" +
+                             gaps(L("", "M", "'MARKER'", "", "'INTEND'")) + "RHS\n" +
+                             gaps(L("", "B", "R1", "3.0", "OBJ", "2.0")) + "BOUNDS\n" + gaps(L("UP", "BND", "X1", "4.0")) + "QUADOBJ\n" +
                              gaps(L("", "X1", "X1", "2.5").substr(0, 36) + "  ") + "\nENDATA\n";
     Qnum_d_mps* p = read_text(text);
     ASSERT_NE(p, nullptr) << message() << "\n" << text;
     EXPECT_STREQ(p->name_bounds, "BND");
     EXPECT_EQ(p->upper_bound[0], 4.0);
     EXPECT_EQ(p->matrix_value[0], 1.0);
+    EXPECT_EQ(p->rhs[0], 3.0);
+    EXPECT_EQ(p->objective_constant, -2.0);
     EXPECT_EQ(p->variable_type[0] & 1, 1);
     ASSERT_EQ(p->quadratic_nonzeros, 1);
     EXPECT_EQ(p->quadratic_value[0], 2.5);
@@ -408,32 +406,6 @@ TEST(MpsNumbers, ConvertsLikeStrtodAndRefusesJunk) {
 
 // ---- the real problem files against expected.tsv ----
 
-std::string data_dir() { return std::string(QNUM_TEST_DATA_DIR) + "/../../shared/data/mps"; }
-
-std::vector<std::map<std::string, std::string>> expected_table() {
-    std::ifstream in(data_dir() + "/expected.tsv");
-    std::vector<std::map<std::string, std::string>> rows;
-    std::string line;
-    std::vector<std::string> header;
-    auto split = [](const std::string& s) {
-        std::vector<std::string> v;
-        std::string cell;
-        std::stringstream ss(s);
-        while (std::getline(ss, cell, '\t')) v.push_back(cell);
-        if (!s.empty() && s.back() == '\t') v.push_back("");
-        return v;
-    };
-    if (!std::getline(in, line)) return rows;
-    header = split(line);
-    while (std::getline(in, line)) {
-        std::vector<std::string> cells = split(line);
-        std::map<std::string, std::string> row;
-        for (std::size_t k = 0; k < header.size(); ++k) row[header[k]] = k < cells.size() ? cells[k] : "";
-        rows.push_back(row);
-    }
-    return rows;
-}
-
 void expect_sum(double got, const std::string& want, const char* what) {
     const double w = std::strtod(want.c_str(), nullptr);
     EXPECT_NEAR(got, w, 1e-12 * std::max(1.0, std::abs(w))) << what;
@@ -441,11 +413,11 @@ void expect_sum(double got, const std::string& want, const char* what) {
 
 TEST_F(Mps, RealFilesMatchTheirTable) {
     const auto table = expected_table();
-    if (table.empty()) GTEST_SKIP() << "no problem files at " << data_dir();
+    if (table.empty()) GTEST_SKIP() << "no problem files at " << mps_dir();
     for (const auto& e : table) {
         const std::string file = e.at("file");
         SCOPED_TRACE(file);
-        Qnum_d_mps* p = qnum_d_read_mps((data_dir() + "/" + file).c_str(), 0);
+        Qnum_d_mps* p = qnum_d_read_mps((mps_dir() + file).c_str(), 0);
         ASSERT_NE(p, nullptr) << message();
         EXPECT_EQ(last_type(), 0);
         auto num = [&](const char* k) { return std::stoi(e.at(k)); };
