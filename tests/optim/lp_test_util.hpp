@@ -80,8 +80,7 @@ struct LpRecord {
         rec.row_type = row_type.data();
         rec.lower_bound = lower.data();
         rec.upper_bound = upper.data();
-        rname_ptr.clear();
-        cname_ptr.clear();
+        rname_ptr.clear(), cname_ptr.clear();
         for (auto& s : rnames) rname_ptr.push_back(s.data());
         for (auto& s : cnames) cname_ptr.push_back(s.data());
         rec.row_name = rname_ptr.data();

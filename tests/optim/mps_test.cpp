@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
-#include <vector>
 
 #include <unistd.h>
 
@@ -172,18 +171,16 @@ TEST_F(Mps, OptionsChooseSetsObjectiveAndInfinities) {
 
 // A name asked for and never met: a warning naming it, and the structure all the same.
 TEST_F(Mps, RequestedNamesNotFoundWarn) {
-    struct Row { int option; int code; const char* objective; };
-    const Row rows[] = {{QNUM_MPS_NAME_OBJECTIVE, 8100, "COST"},
-                        {QNUM_MPS_NAME_RHS, 8101, "COST"},
-                        {QNUM_MPS_NAME_RANGES, 8102, "COST"},
-                        {QNUM_MPS_NAME_BOUNDS, 8103, "COST"}};
+    struct Row { int option; int code; };
+    const Row rows[] = {{QNUM_MPS_NAME_OBJECTIVE, 8100}, {QNUM_MPS_NAME_RHS, 8101}, {QNUM_MPS_NAME_RANGES, 8102},
+                        {QNUM_MPS_NAME_BOUNDS, 8103}};
     for (const Row& r : rows) {
         Qnum_d_mps* p = read_text(model_file, r.option, "NOPE");
         ASSERT_NE(p, nullptr) << r.code;
         EXPECT_EQ(last_type(), 3);
         EXPECT_EQ(last_code(), r.code);
         EXPECT_NE(message().find("\"NOPE\""), std::string::npos) << message();
-        EXPECT_STREQ(p->name_objective, r.objective);
+        EXPECT_STREQ(p->name_objective, "COST");
         const double unset[] = {p->objective[0], p->rhs[0], p->ranges[1], p->upper_bound[0]};
         const double want[] = {1.0, 0.0, 0.0, 1.0e30};
         EXPECT_EQ(unset[r.code - 8100], want[r.code - 8100]);
@@ -358,15 +355,12 @@ TEST_F(Mps, GapColumnsAreIgnored) {
 TEST_F(Mps, ReadsByName) {
     char path[] = "/tmp/qnum_mps_XXXXXX";
     const int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    const std::string text = model_file;
-    ASSERT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ASSERT_EQ(write(fd, model_file.data(), model_file.size()), static_cast<ssize_t>(model_file.size()));
     close(fd);
     Qnum_d_mps* p = qnum_d_read_mps(path, 0);
     std::remove(path);
     ASSERT_NE(p, nullptr);
     EXPECT_EQ(p->nonzeros, 13);
-    EXPECT_EQ(p->ncolumns, 10);
     qnum_d_mps_free(p);
 }
 
@@ -377,7 +371,8 @@ TEST(MpsNumbers, ConvertsLikeStrtodAndRefusesJunk) {
                           "4.9e-324", "2.2250738585072014E-308", "9007199254740993",
                           "12345678901234567890123", "0.000000000000000000000000001",
                           "1e-400", "1e400", "-0", ".5e-3", "5.e2", "18446744073709551616",
-                          "18446744073709551617", "9e23", "45e23", "0.0000000000000000000012345"};
+                          "18446744073709551617", "9e23", "45e23", "0.0000000000000000000012345", "1e10",
+                          "-7.5E+12", "3e-15"};
     for (const char* s : good) {
         double v = -1;
         ASSERT_TRUE(optim::parse_number(s, std::strlen(s), v)) << s;
@@ -433,7 +428,6 @@ TEST_F(Mps, RealFilesMatchTheirTable) {
         EXPECT_EQ(p->ncolumns, num("cols"));
         EXPECT_EQ(p->nonzeros, num("coef_entries") - num("coef_obj"));
         int free_entries = 0, zeros = 0;
-        std::vector<double> con, abs_con;
         double sum = 0, sum_abs = 0;
         for (int k = 0; k < p->nonzeros; ++k) {
             ASSERT_GE(p->matrix_row[k], 0);
