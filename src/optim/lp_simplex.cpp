@@ -238,6 +238,7 @@ void Simplex::report() {
         if (s != kAtLower && d_[j] > 0) dinf += d_[j];
     }
     frame::UserCall user;
+    obj = set_.objective_sign * (obj + set_.objective_offset) + set_.objective_constant;
     set_.progress(static_cast<int>(iterations_ < INT_MAX ? iterations_ : INT_MAX), obj, pinf, dinf,
                   set_.progress_data);
 }

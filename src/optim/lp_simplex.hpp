@@ -20,6 +20,9 @@ struct SimplexSettings {
     long long max_iterations = 1000000;
     qnum_lp_progress progress = nullptr;  // called every 100 iterations and at the end
     void* progress_data = nullptr;
+    // The objective the progress function reports is sign * (cost^T x + offset) + constant: the
+    // caller's objective, with what presolve took out and the sense of a maximisation.
+    double objective_sign = 1, objective_offset = 0, objective_constant = 0;
 };
 
 // min cost^T x over A x - r = 0, lo <= (x, r) <= up, on a scaled problem.
