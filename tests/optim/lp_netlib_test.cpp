@@ -68,10 +68,12 @@ TEST_P(LpFiles, OptimalWithCertificate) {
     // A warm start from the optimal basis is optimal at once.
     int again = -1;
     double obj2 = 0;
-    double* x2 = qnum_d_linear_programming(p, QNUM_LP_WARM_START, rs.data(), cs.data(),
-                                           QNUM_LP_ITERATIONS, &again, QNUM_LP_OBJ_VALUE, &obj2, 0);
+    const std::vector<int> rs0 = rs, cs0 = cs;
+    double* x2 = qnum_d_linear_programming(p, QNUM_LP_WARM_START, rs0.data(), cs0.data(), QNUM_LP_BASIS, rs.data(),
+                                           cs.data(), QNUM_LP_ITERATIONS, &again, QNUM_LP_OBJ_VALUE, &obj2, 0);
     ASSERT_NE(x2, nullptr) << c.file;
     EXPECT_EQ(again, 0) << c.file;
+    EXPECT_TRUE(rs == rs0 && cs == cs0) << c.file << ": the basis given back is not the one given";
     EXPECT_NEAR(obj2 - p->objective_constant, c.objective, 1e-9 * std::fabs(c.objective)) << c.file;
     qnum_free_allocated_memory(x2);
     // Stopped half way, the point is the last basis's: every nonbasic row and column sits on

@@ -229,11 +229,10 @@ TEST_F(Lp, ProgressReportsTheCurrentBasis) {
     ASSERT_EQ(iters, 159);  // the path is deterministic
     ASSERT_EQ(calls.size(), static_cast<std::size_t>(iters / 100 + 1));
     for (std::size_t k = 0; k + 1 < calls.size(); ++k) EXPECT_EQ(calls[k].iteration, 100 * static_cast<int>(k + 1));
-    const Call& last = calls.back();
-    EXPECT_EQ(last.iteration, iters);
-    EXPECT_NEAR(last.obj, obj, 1e-12 * std::fabs(obj));
-    EXPECT_LT(last.pinf, 1e-9);
-    EXPECT_LT(last.dinf, 1e-9);
+    EXPECT_EQ(calls.back().iteration, iters);
+    EXPECT_NEAR(calls.back().obj, obj, 1e-12 * std::fabs(obj));
+    EXPECT_LT(calls.back().pinf, 1e-9);
+    EXPECT_LT(calls.back().dinf, 1e-9);
     std::vector<double> act(2 * n);
     x = qnum_d_linear_programming(p, QNUM_LP_MAX_ITERATIONS, 100, QNUM_LP_OBJ_VALUE, &obj,
                                   QNUM_LP_ROW_ACTIVITY, act.data(), QNUM_LP_ITERATIONS, &iters, 0);

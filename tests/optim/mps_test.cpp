@@ -160,8 +160,11 @@ TEST_F(Mps, OptionsChooseSetsObjectiveAndInfinities) {
     EXPECT_EQ(p->negative_infinity, -5.0e20);
     qnum_d_mps_free(p);
 
-    p = read_text(model_file, QNUM_MPS_POSITIVE_INFINITY, 1.0e20, QNUM_MPS_NEGATIVE_INFINITY, -2.0);
+    // The first row named as the objective is found (no warning).
+    p = read_text(model_file, QNUM_MPS_POSITIVE_INFINITY, 1.0e20, QNUM_MPS_NEGATIVE_INFINITY, -2.0,
+                  QNUM_MPS_NAME_OBJECTIVE, "COST");
     ASSERT_NE(p, nullptr);
+    EXPECT_EQ(last_type(), 0);
     const int x5 = column_of(p, "X5"), x2 = column_of(p, "X2");
     EXPECT_EQ(p->lower_bound[x5], -2.0);  // FR takes both of the caller's infinities
     EXPECT_EQ(p->upper_bound[x5], 1.0e20);
@@ -171,27 +174,23 @@ TEST_F(Mps, OptionsChooseSetsObjectiveAndInfinities) {
 
 // A name asked for and never met: a warning naming it, and the structure all the same.
 TEST_F(Mps, RequestedNamesNotFoundWarn) {
-    struct Row { int option; int code; };
-    const Row rows[] = {{QNUM_MPS_NAME_OBJECTIVE, 8100}, {QNUM_MPS_NAME_RHS, 8101}, {QNUM_MPS_NAME_RANGES, 8102},
-                        {QNUM_MPS_NAME_BOUNDS, 8103}};
+    // "LIM1" is a row but not an N row: it cannot be the objective.
+    struct Row { int option; int code; const char* name; };
+    const Row rows[] = {{QNUM_MPS_NAME_OBJECTIVE, 8100, "NOPE"}, {QNUM_MPS_NAME_RHS, 8101, "NOPE"},
+                        {QNUM_MPS_NAME_RANGES, 8102, "NOPE"}, {QNUM_MPS_NAME_BOUNDS, 8103, "NOPE"},
+                        {QNUM_MPS_NAME_OBJECTIVE, 8100, "LIM1"}};
     for (const Row& r : rows) {
-        Qnum_d_mps* p = read_text(model_file, r.option, "NOPE");
+        Qnum_d_mps* p = read_text(model_file, r.option, r.name);
         ASSERT_NE(p, nullptr) << r.code;
         EXPECT_EQ(last_type(), 3);
         EXPECT_EQ(last_code(), r.code);
-        EXPECT_NE(message().find("\"NOPE\""), std::string::npos) << message();
+        EXPECT_NE(message().find(std::string("\"") + r.name + "\""), std::string::npos) << message();
         EXPECT_STREQ(p->name_objective, "COST");
         const double unset[] = {p->objective[0], p->rhs[0], p->ranges[1], p->upper_bound[0]};
         const double want[] = {1.0, 0.0, 0.0, 1.0e30};
         EXPECT_EQ(unset[r.code - 8100], want[r.code - 8100]);
         qnum_d_mps_free(p);
     }
-    // "LIM1" is a row but not an N row: it cannot be the objective.
-    Qnum_d_mps* p = read_text(model_file, QNUM_MPS_NAME_OBJECTIVE, "LIM1");
-    ASSERT_NE(p, nullptr);
-    EXPECT_EQ(last_code(), 8100);
-    EXPECT_STREQ(p->name_objective, "COST");
-    qnum_d_mps_free(p);
 }
 
 const std::string head = "NAME T\nROWS\n N  OBJ\n L  R1\nCOLUMNS\n";
@@ -295,8 +294,8 @@ TEST_F(Mps, LongLinesAreCutAtColumn61) {
     p = read_text("NAME " + name + "\nROWS\nENDATA");
     ASSERT_NE(p, nullptr);
     EXPECT_EQ(std::string(p->name), name.substr(0, 56));
-    EXPECT_EQ(p->nrows, 0);
-    EXPECT_EQ(p->ncolumns, 0);
+    // No rows or columns, and no arrays for them.
+    EXPECT_TRUE(p->nrows == 0 && p->ncolumns == 0 && !p->row_name && !p->row_type && !p->column_name);
     EXPECT_STREQ(p->name_objective, "");
     qnum_d_mps_free(p);
 }
@@ -335,7 +334,7 @@ TEST_F(Mps, GapColumnsAreIgnored) {
     const std::string text = "NAME T\nROWS\n N  OBJ\n" + gaps(" L  R1" + std::string(8, ' ')) + "\nCOLUMNS\n" +
                              gaps(L("", "M", "'MARKER'", "", "'INTORG'")) +
                              gaps(L("", "X1", "R1", "1.0").substr(0, 36) + "  ") + "\n" +
-                             gaps(L("", "M", "'MARKER'", "", "'INTEND'")) + "RHS\n" +
+                             L("", "M", "'MARKER'", "", "'INTEND'", "  x") + "RHS\n" +
                              gaps(L("", "B", "R1", "3.0", "OBJ", "2.0")) + "BOUNDS\n" + gaps(L("UP", "BND", "X1", "4.0")) + "QUADOBJ\n" +
                              gaps(L("", "X1", "X1", "2.5").substr(0, 36) + "  ") + "\nENDATA\n";
     Qnum_d_mps* p = read_text(text);
