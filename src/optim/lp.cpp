@@ -217,6 +217,8 @@ T* linear_programming(const Qnum_d_mps* p, frame::Options opt) {
     set.primal_tol = ftol;
     set.dual_tol = otol;
     set.max_iterations = max_iterations;
+    set.objective_sign = maximize ? -1 : 1;
+    set.objective_constant = p->objective_constant;
     if (!sol.allocate(model, nr, nc)) {
         frame::raise(Type::Terminal, err::no_memory, Str{"problem->ncolumns"}, Int{nc});
         return nullptr;
@@ -230,6 +232,7 @@ T* linear_programming(const Qnum_d_mps* p, frame::Options opt) {
     }
     if (pr == PresolveResult::Infeasible) st = LpStatus::Infeasible;
     const Model& red = warm_row ? model : pre.reduced();
+    set.objective_offset = red.offset;
     if (pr == PresolveResult::Reduced) {
         const int m = red.m, n = red.n;
         Csc a;

@@ -28,7 +28,7 @@ struct Active {
 
     bool grow_row(int i, int extra) {
         if (rlen[i] + extra <= rcap[i]) return true;
-        int cap = 2 * (rlen[i] + extra) + 4;
+        int cap = 2 * (rlen[i] + extra);
         std::size_t at = ridx.size();
         if (!ridx.resize(at + cap) || !rval.resize(at + cap)) return false;
         for (int k = 0; k < rlen[i]; ++k) {
@@ -41,7 +41,7 @@ struct Active {
     }
     bool grow_col(int j, int extra) {
         if (clen[j] + extra <= ccap[j]) return true;
-        int cap = 2 * (clen[j] + extra) + 4;
+        int cap = 2 * (clen[j] + extra);
         std::size_t at = cidx.size();
         if (!cidx.resize(at + cap)) return false;
         for (int k = 0; k < clen[j]; ++k) cidx[at + k] = cidx[cstart[j] + k];
@@ -94,11 +94,11 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
 
     Active s;
     s.m = m;
-    if (!s.rstart.assign(m, 0) || !s.rlen.assign(m, 0) || !s.rcap.assign(m, 0) ||
-        !s.cstart.assign(m, 0) || !s.clen.assign(m, 0) || !s.ccap.assign(m, 0) ||
-        !s.cmax.assign(m, -1.0) || !s.rhead.assign(m + 1, -1) || !s.rnext.assign(m, -1) ||
-        !s.rprev.assign(m, -1) || !s.chead.assign(m + 1, -1) || !s.cnext.assign(m, -1) ||
-        !s.cprev.assign(m, -1))
+    // Starts, capacities and bucket links are all set before they are read.
+    if (!s.rstart.resize(m) || !s.rlen.assign(m, 0) || !s.rcap.resize(m) || !s.cstart.resize(m) ||
+        !s.clen.assign(m, 0) || !s.ccap.resize(m) || !s.cmax.assign(m, -1.0) ||
+        !s.rhead.assign(m + 1, -1) || !s.rnext.resize(m) || !s.rprev.resize(m) ||
+        !s.chead.assign(m + 1, -1) || !s.cnext.resize(m) || !s.cprev.resize(m))
         return false;
     // Column patterns and row counts.
     std::size_t nz = 0;
@@ -114,18 +114,16 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
         nz += s.clen[k];
     }
     // Each list starts with room to double before it has to move.
-    if (!s.ridx.resize(2 * nz + 2 * m) || !s.rval.resize(2 * nz + 2 * m) ||
-        !s.cidx.resize(2 * nz + 2 * m))
-        return false;
+    if (!s.ridx.resize(2 * nz) || !s.rval.resize(2 * nz) || !s.cidx.resize(2 * nz)) return false;
     for (int i = 0, at = 0; i < m; ++i) {
         s.rstart[i] = at;
-        s.rcap[i] = 2 * s.rlen[i] + 2;
+        s.rcap[i] = 2 * s.rlen[i];
         at += s.rcap[i];
         s.rlen[i] = 0;
     }
     for (int k = 0, at = 0; k < m; ++k) {
         s.cstart[k] = at;
-        s.ccap[k] = 2 * s.clen[k] + 2;
+        s.ccap[k] = 2 * s.clen[k];
         at += s.ccap[k];
         s.clen[k] = 0;
     }
@@ -253,7 +251,7 @@ bool BasisLu::factor(const int* head, const Csc& a, Vec<int>& bad_position, Vec<
         if (lstart_[k + 1] > lstart_[k] && !lsteps_.push(k)) return false;
     // U by columns.
     const std::size_t unz = uidx_.size();
-    if (!ucstart_.assign(m + 1, 0) || !ucrow_.resize(unz + 1) || !ucval_.resize(unz + 1)) return false;
+    if (!ucstart_.assign(m + 1, 0) || !ucrow_.resize(unz) || !ucval_.resize(unz)) return false;
     for (std::size_t q = 0; q < unz; ++q) ++ucstart_[uidx_[q] + 1];
     for (int k = 0; k < m; ++k) ucstart_[k + 1] += ucstart_[k];
     for (int k = 0; k < m; ++k) mark[k] = ucstart_[k];

@@ -118,7 +118,7 @@ bool Model::build(const Qnum_d_mps* p, bool maximize) {
 double Model::infeasibility(const double* x) const {
     double sum = 0;
     Vec<double> act;
-    if (!act.assign(m > 0 ? m : 1, 0.0)) return 0;
+    if (!act.assign(m, 0.0)) return 0;
     for (int j = 0; j < n; ++j) {
         if (x[j] < lo[j]) sum += lo[j] - x[j];
         if (x[j] > up[j]) sum += x[j] - up[j];
@@ -132,11 +132,10 @@ double Model::infeasibility(const double* x) const {
 }
 
 bool Solution::allocate(const Model& model, int nrows, int ncolumns) {
-    return xm.assign(model.n + 1, 0.0) && ym.assign(model.m + 1, 0.0) &&
-           stm.assign(model.n + model.m + 1, kBasic) && x.assign(ncolumns + 1, 0.0) &&
-           d.assign(ncolumns + 1, 0.0) && y.assign(nrows + 1, 0.0) &&
-           activity.assign(nrows + 1, 0.0) && row_status.assign(nrows + 1, 0) &&
-           column_status.assign(ncolumns + 1, 0);
+    return xm.assign(model.n, 0.0) && ym.assign(model.m, 0.0) &&
+           stm.assign(model.n + model.m, kBasic) && x.assign(ncolumns, 0.0) && d.assign(ncolumns, 0.0) &&
+           y.assign(nrows, 0.0) && activity.assign(nrows, 0.0) && row_status.assign(nrows, 0) &&
+           column_status.assign(ncolumns, 0);
 }
 
 void Solution::finish(const Qnum_d_mps* p, const Model& model, bool maximize) {
@@ -165,8 +164,8 @@ PresolveResult Presolve::run(const Model& model) {
     model_ = &model;
     const int m = model.m, n = model.n;
     if (!transpose(model.a, ar_) || !lo_.resize(n) || !up_.resize(n) || !cost_.resize(n) ||
-        !rlo_.resize(m) || !rup_.resize(m) || !fixed_x_.assign(n + 1, 0.0) ||
-        !fixed_y_.assign(m + 1, 0.0) || !row_on_.assign(m, 1) || !col_on_.assign(n, 1) ||
+        !rlo_.resize(m) || !rup_.resize(m) || !fixed_x_.assign(n, 0.0) ||
+        !fixed_y_.assign(m, 0.0) || !row_on_.assign(m, 1) || !col_on_.assign(n, 1) ||
         !row_count_.assign(m, 0) || !col_count_.assign(n, 0))
         return PresolveResult::NoMemory;
     for (int j = 0; j < n; ++j) {
@@ -218,10 +217,10 @@ PresolveResult Presolve::run(const Model& model) {
                 continue;
             }
             // A singleton row is a bound on its column.
-            int j = -1;
-            double a = 0;
-            for (int q = ar_.start[i]; q < ar_.start[i + 1]; ++q)
-                if (col_on_[ar_.index[q]]) { j = ar_.index[q]; a = ar_.value[q]; }
+            int at = ar_.start[i];
+            while (!col_on_[ar_.index[at]]) ++at;
+            const int j = ar_.index[at];
+            const double a = ar_.value[at];
             double il = a > 0 ? rlo_[i] / a : rup_[i] / a;
             double iu = a > 0 ? rup_[i] / a : rlo_[i] / a;
             int flags = 0;
@@ -278,10 +277,10 @@ PresolveResult Presolve::run(const Model& model) {
             } else if (col_count_[j] == 1 && lo_[j] == -kInf && up_[j] == kInf) {
                 // A free column singleton: its row can take any activity, and the row's dual
                 // is fixed by the column's cost.
-                int i = -1;
-                double a = 0;
-                for (int q = model.a.start[j]; q < model.a.start[j + 1]; ++q)
-                    if (row_on_[model.a.index[q]]) { i = model.a.index[q]; a = model.a.value[q]; }
+                int at = model.a.start[j];
+                while (!row_on_[model.a.index[at]]) ++at;
+                const int i = model.a.index[at];
+                const double a = model.a.value[at];
                 double y = cost_[j] / a;
                 double target = y > 0 ? rlo_[i] : y < 0 ? rup_[i] : 0.0;
                 if (std::fabs(target) == kInf) continue;
@@ -301,9 +300,9 @@ PresolveResult Presolve::run(const Model& model) {
     }
     // The reduced model.
     int rm = 0, rn = 0;
-    if (!rmap_.resize(m + 1) || !cmap_.resize(n + 1)) return PresolveResult::NoMemory;
+    if (!rmap_.resize(m) || !cmap_.resize(n)) return PresolveResult::NoMemory;
     Vec<int> newrow;
-    if (!newrow.assign(m + 1, -1)) return PresolveResult::NoMemory;
+    if (!newrow.assign(m, -1)) return PresolveResult::NoMemory;
     for (int i = 0; i < m; ++i)
         if (row_on_[i]) { newrow[i] = rm; rmap_[rm++] = i; }
     for (int j = 0; j < n; ++j)
@@ -315,8 +314,8 @@ PresolveResult Presolve::run(const Model& model) {
     red_.a.n = rn;
     if (!red_.cost.resize(rn) || !red_.lo.resize(rn) || !red_.up.resize(rn) || !red_.rlo.resize(rm) ||
         !red_.rup.resize(rm) || !red_.row_orig.resize(rm) || !red_.col_orig.resize(rn) ||
-        !red_.a.start.resize(rn + 1) || !red_.a.index.reserve(model.a.start[n] + 1) ||
-        !red_.a.value.reserve(model.a.start[n] + 1))
+        !red_.a.start.resize(rn + 1) || !red_.a.index.reserve(model.a.start[n]) ||
+        !red_.a.value.reserve(model.a.start[n]))
         return PresolveResult::NoMemory;
     red_.a.start[0] = 0;
     for (int k = 0; k < rn; ++k) {

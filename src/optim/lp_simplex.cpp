@@ -21,6 +21,12 @@ namespace {
 constexpr double kInf = HUGE_VAL;
 // A pivot-row or pivot-column entry below this takes no part in a ratio test.
 constexpr double kPivotTol = 1e-7;
+// A pivot below this is numerical trouble; the pivot's two computations (from the pivot row
+// and from the pivot column) must agree to this relative accuracy, else the factors are renewed.
+constexpr double kTinyPivot = 1e-11;
+constexpr double kAgreement = 1e-7;
+// Steepest-edge weights are kept above this.
+constexpr double kMinWeight = 1e-12;
 
 }  // namespace
 
@@ -30,7 +36,7 @@ bool Simplex::load(Csc&& a, const double* cost, const double* lo, const double* 
     if (!transpose(a_, ar_)) return false;
     if (!cost_.assign(nm, 0.0) || !cost0_.assign(nm, 0.0) || !lo_.resize(nm) || !up_.resize(nm) ||
         !x_.assign(nm, 0.0) || !d_.assign(nm, 0.0) || !y_.assign(m, 0.0) || !w_.assign(m, 1.0) ||
-        !head_.assign(m, 0) || !pos_.assign(nm, -1) || !state_.assign(nm, kAtLower) ||
+        !head_.assign(m, 0) || !state_.assign(nm, kAtLower) ||
         !rho_.assign(m, 0.0) || !alpha_.assign(m, 0.0) || !alpha_idx_.reserve(m) || !tau_.assign(m, 0.0) ||
         !work_.assign(m, 0.0) || !arow_.assign(nm, 0.0) || !arow_idx_.reserve(nm) ||
         !arow_mark_.assign(nm, 0) || !cand_.reserve(nm) ||
@@ -43,8 +49,6 @@ bool Simplex::load(Csc&& a, const double* cost, const double* lo, const double* 
     }
     return true;
 }
-
-bool Simplex::is_boxed(int j) const { return lo_[j] > -kInf && up_[j] < kInf; }
 
 // Places nonbasic j on the bound its state names, repairing a state that names an infinite bound.
 void Simplex::nonbasic_value(int j) {
@@ -88,11 +92,9 @@ bool Simplex::refactor() {
         if (bad_pos_.size() == 0) return true;
         for (std::size_t k = 0; k < bad_pos_.size(); ++k) {
             int p = bad_pos_[k], old = head_[p], nw = a_.n + bad_row_[k];
-            pos_[old] = -1;
             state_[old] = kAtLower;
             nonbasic_value(old);
             head_[p] = nw;
-            pos_[nw] = p;
             state_[nw] = kBasic;
             w_[p] = 1.0;
         }
@@ -236,15 +238,13 @@ void Simplex::report() {
         if (s != kAtLower && d_[j] > 0) dinf += d_[j];
     }
     frame::UserCall user;
+    obj = set_.objective_sign * (obj + set_.objective_offset) + set_.objective_constant;
     set_.progress(static_cast<int>(iterations_ < INT_MAX ? iterations_ : INT_MAX), obj, pinf, dinf,
                   set_.progress_data);
 }
 
 bool Simplex::change_basis(int p, int q) {
-    int out = head_[p];
-    pos_[out] = -1;
     head_[p] = q;
-    pos_[q] = p;
     state_[q] = kBasic;
     d_[q] = 0;
     if (++iterations_ % 100 == 0) report();
@@ -310,17 +310,16 @@ LpStatus Simplex::dual_loop() {
                 if (r < hb) hb = r;
             }
             double drop = 0, amax = 0;
-            bool boxed = true;
             int qk = -1;
             for (std::size_t k = nflip_begin; k < nc; ++k) {
                 int j = cand_[k];
                 double r = d_[j] / cand_a_[k];
                 if (r > hb) continue;
                 double aa = std::fabs(cand_a_[k]);
-                if (is_boxed(j)) drop += aa * (up_[j] - lo_[j]); else boxed = false;
+                drop += aa * (up_[j] - lo_[j]);  // infinite, so no flips, if a bound is
                 if (aa > amax) { amax = aa; qk = static_cast<int>(k); }
             }
-            if (boxed && slope - drop > tp) {
+            if (slope - drop > tp) {
                 // Every candidate up to the Harris bound flips; move them to the front.
                 for (std::size_t k = nflip_begin; k < nc; ++k) {
                     if (d_[cand_[k]] / cand_a_[k] > hb) continue;
@@ -344,12 +343,12 @@ LpStatus Simplex::dual_loop() {
 
         ftran_column(q);
         const double apq = alpha_[p];
-        if (std::fabs(apq - arow_[q]) > 1e-7 * (1.0 + std::fabs(apq)) || std::fabs(apq) < 1e-11) {
+        if (std::fabs(apq - arow_[q]) > kAgreement * (1.0 + std::fabs(apq)) || std::fabs(apq) < kTinyPivot) {
             if (!fresh) {
                 fresh = refresh();
                 continue;
             }
-            if (std::fabs(apq) < 1e-11) return LpStatus::Numerical;
+            if (std::fabs(apq) < kTinyPivot) return LpStatus::Numerical;
         }
 
         // Bound flips, then the primal step.
@@ -414,10 +413,10 @@ LpStatus Simplex::dual_loop() {
             double r = alpha_[k] / apq;
             double wk = w_[k] + r * (r * wp - 2.0 * tau_[k]);
             w_[k] = wk > r * r ? wk : r * r;
-            if (w_[k] < 1e-12) w_[k] = 1e-12;
+            if (w_[k] < kMinWeight) w_[k] = kMinWeight;
         }
         w_[p] = wp / (apq * apq);
-        if (w_[p] < 1e-12) w_[p] = 1e-12;
+        if (w_[p] < kMinWeight) w_[p] = kMinWeight;
 
         state_[jp] = s > 0 ? kAtUpper : kAtLower;
         bool refac = lu_.full();
@@ -507,7 +506,7 @@ LpStatus Simplex::primal_loop() {
         lu_.btran(rho_.data());
         pivot_row(rho_.data());
         const double apq = alpha_[p];
-        if (std::fabs(apq - arow_[q]) > 1e-7 * (1.0 + std::fabs(apq)) && !fresh) {
+        if (std::fabs(apq - arow_[q]) > kAgreement * (1.0 + std::fabs(apq)) && !fresh) {
             fresh = refresh();
             continue;
         }
@@ -589,9 +588,7 @@ void Simplex::crash_free_columns() {
         if (r < 0) continue;
         for (int q = a_.start[j]; q < a_.start[j + 1]; ++q) touched[a_.index[q]] = 1;
         head_[r] = j;
-        pos_[j] = r;
         state_[j] = kBasic;
-        pos_[n + r] = -1;
         state_[n + r] = kAtLower;
     }
 }
@@ -621,18 +618,15 @@ LpStatus Simplex::run(const int* state, const SimplexSettings& settings) {
         int k = 0;
         for (int j = 0; j < nm; ++j) {
             state_[j] = state[j];
-            pos_[j] = -1;
-            if (state[j] == kBasic) { head_[k] = j; pos_[j] = k++; }
+            if (state[j] == kBasic) head_[k++] = j;
         }
     } else {
         for (int j = 0; j < n; ++j) {
             state_[j] = cost_[j] < 0 && up_[j] < kInf ? kAtUpper : kAtLower;
-            pos_[j] = -1;
         }
         for (int i = 0; i < m; ++i) {
             state_[n + i] = kBasic;
             head_[i] = n + i;
-            pos_[n + i] = i;
         }
         crash_free_columns();
         if (no_memory_) return LpStatus::NoMemory;

@@ -20,6 +20,9 @@ struct SimplexSettings {
     long long max_iterations = 1000000;
     qnum_lp_progress progress = nullptr;  // called every 100 iterations and at the end
     void* progress_data = nullptr;
+    // The objective the progress function reports is sign * (cost^T x + offset) + constant: the
+    // caller's objective, with what presolve took out and the sense of a maximisation.
+    double objective_sign = 1, objective_offset = 0, objective_constant = 0;
 };
 
 // min cost^T x over A x - r = 0, lo <= (x, r) <= up, on a scaled problem.
@@ -43,7 +46,6 @@ public:
     void report();
 
 private:
-    bool is_boxed(int j) const;
     void nonbasic_value(int j);
     bool refactor();
     // Primal and dual values from the current factors (true, for use in conditions).
@@ -72,7 +74,7 @@ private:
 
     Csc a_, ar_;  // the matrix by columns and by rows
     Vec<double> cost_, cost0_, lo_, up_, x_, d_, y_, w_;
-    Vec<int> head_, pos_, state_;
+    Vec<int> head_, state_;
     Vec<double> rho_, alpha_, tau_, work_, arow_;
     Vec<int> arow_idx_;  // the entries of arow_ that the last pivot row touched
     Vec<int> alpha_idx_;  // the nonzeros of alpha_

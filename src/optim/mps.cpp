@@ -130,6 +130,13 @@ private:
         index = r == -2 ? -1 : r;
         return true;
     }
+    // Pair k of a COLUMNS, RHS or RANGES line (0: the row name at column 15 and its value at
+    // 25, 1: at 40 and 50): false after an error; a blank row name makes no pair.
+    bool pair(int k, bool& blank, int& index, double& v) {
+        const Field r = field(line_, k == 0 ? 15 : 40, k == 0 ? 22 : 47);
+        blank = r.empty();
+        return blank || (row(r, index) && value(field(line_, k == 0 ? 25 : 50, k == 0 ? 36 : 61), v));
+    }
     bool column(Field f, int& index) {
         index = column_names_.find(f.key());
         return index >= 0 || fail(err::mps_unknown_column, f);
@@ -317,13 +324,11 @@ bool Reader::column_line() {
     }
     const int pairs = pairs_on_line(line_);
     for (int k = 0; k < pairs; ++k) {
-        Field r = field(line_, k == 0 ? 15 : 40, k == 0 ? 22 : 47);
-        if (r.empty()) continue;
+        bool blank;
         int index;
         double v;
-        if (!row(r, index) || !value(field(line_, k == 0 ? 25 : 50, k == 0 ? 36 : 61), v)) {
-            return false;
-        }
+        if (!pair(k, blank, index, v)) return false;
+        if (blank) continue;
         if (index < 0) {
             objective_[current_column_] += v;
         } else if (!matrix_row_.push(index) || !matrix_column_.push(current_column_) ||
@@ -338,13 +343,11 @@ bool Reader::rhs_or_ranges_line(bool is_rhs) {
     if (!(is_rhs ? rhs : ranges).take(field(line_, 5, 12))) return true;
     const int pairs = pairs_on_line(line_);
     for (int k = 0; k < pairs; ++k) {
-        Field r = field(line_, k == 0 ? 15 : 40, k == 0 ? 22 : 47);
-        if (r.empty()) continue;
+        bool blank;
         int index;
         double v;
-        if (!row(r, index) || !value(field(line_, k == 0 ? 25 : 50, k == 0 ? 36 : 61), v)) {
-            return false;
-        }
+        if (!pair(k, blank, index, v)) return false;
+        if (blank) continue;
         if (index >= 0) {
             (is_rhs ? rhs_ : ranges_)[index] = v;
         } else if (is_rhs) {

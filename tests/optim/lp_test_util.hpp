@@ -4,13 +4,36 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "qnummath.h"
 
 namespace qnum::test {
+
+// The shared problem files, and their table (expected.tsv) as rows of cells by column name:
+// empty when the files are absent.
+inline std::string mps_dir() { return std::string(QNUM_TEST_DATA_DIR) + "/../../shared/data/mps/"; }
+inline std::vector<std::map<std::string, std::string>> expected_table() {
+    std::ifstream in(mps_dir() + "expected.tsv");
+    std::vector<std::map<std::string, std::string>> rows;
+    std::vector<std::string> header;
+    for (std::string line; std::getline(in, line);) {
+        std::vector<std::string> cells;
+        std::stringstream ss(line);
+        for (std::string cell; std::getline(ss, cell, '\t');) cells.push_back(cell);
+        cells.resize(std::max(cells.size(), header.size()));
+        if (header.empty()) { header = cells; continue; }
+        rows.emplace_back();
+        for (std::size_t k = 0; k < header.size(); ++k) rows.back()[header[k]] = cells[k];
+    }
+    return rows;
+}
 
 // A problem record over vectors that it owns; record() points a Qnum_d_mps at them.
 struct LpRecord {
@@ -57,8 +80,7 @@ struct LpRecord {
         rec.row_type = row_type.data();
         rec.lower_bound = lower.data();
         rec.upper_bound = upper.data();
-        rname_ptr.clear();
-        cname_ptr.clear();
+        rname_ptr.clear(), cname_ptr.clear();
         for (auto& s : rnames) rname_ptr.push_back(s.data());
         for (auto& s : cnames) cname_ptr.push_back(s.data());
         rec.row_name = rname_ptr.data();
