@@ -335,6 +335,11 @@ void raise_text(int type, int code, const char* message_template, bool deferrabl
 
 }  // namespace
 
+const char* current_text(Context* c) {
+    materialize(c);
+    return c->msg ? c->msg : "";
+}
+
 void mes(int type, int code, const char* message_template) { raise_text(type, code, message_template, false); }
 
 void ermes(int type, int code) {

@@ -48,6 +48,8 @@ inline void pop(Context* c, const char* name) {
     c->top = below;
 }
 inline void pop(const char* name) { pop(context(), name); }
+// The text of the thread's current error, formatted now if that was put off.
+const char* current_text(Context* c);
 void mes(int type, int code, const char* message_template);
 void ermes(int type, int code);
 int status_word(int level, bool code);

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "frame/context.hpp"
+#include "frame/error_stack.hpp"
 #include "lp_test_util.hpp"
 #include "optim/mps_util.hpp"
 #include "qnum_test.hpp"
@@ -33,7 +34,7 @@ Qnum_d_mps* read_text(const std::string& text, Opts... opts) {
     return p;
 }
 
-std::string message() { return qnum::context()->msg ? qnum::context()->msg : ""; }
+std::string message() { return qnum::errors::current_text(qnum::context()); }
 
 int column_of(const Qnum_d_mps* p, const char* name) {
     for (int j = 0; j < p->ncolumns; ++j) {
