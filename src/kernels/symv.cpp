@@ -14,10 +14,12 @@ struct Seg {
     T d;
 };
 
-// Unit strides on a tuned path: columns j and j+1 take one pass over the rows they share, and
-// each one's rows outside that range a pass of their own.
+// Unit strides on a tuned path: a group of neighbouring columns (the table's width) takes one
+// pass over the rows they all share, and each column's rows outside that range a pass of its own.
 template <class T, class Column>
-void hermitian_pairs(int n, T alpha, const T* x, T* y, Column column, const tuned::ComplexOps<Real<T>>& ops) {
+void hermitian_groups(int n, T alpha, const T* x, T* y, Column column, const tuned::ComplexOps<Real<T>>& ops) {
+    constexpr int most = 4;
+    const int width = ops.cols < most ? ops.cols : most;
     // t * col over rows [from, to) of s into y, and the dot of those rows with x into *dot.
     auto piece = [&](const Seg<T>& s, idx from, idx to, const T& t, T& dot) {
         if (to <= from) return;
@@ -25,37 +27,32 @@ void hermitian_pairs(int n, T alpha, const T* x, T* y, Column column, const tune
         ops.axpy_dotc(to - from, reals(&t), reals(s.p + (from - s.i0)), reals(x + from), reals(y + from), out);
         dot += T(out[0], out[1]);
     };
-    idx j = 0;
-    for (; j + 1 < n; j += 2) {
-        const Seg<T> s0 = column(j), s1 = column(j + 1);
-        const T t[2] = {mul(alpha, x[j]), mul(alpha, x[j + 1])};
-        T dot[2] = {};
-        const idx from = s0.i0 > s1.i0 ? s0.i0 : s1.i0;
-        const idx e0 = s0.i0 + s0.len, e1 = s1.i0 + s1.len;
-        const idx to = e0 < e1 ? e0 : e1;
-        if (to > from) {
-            Real<T> out[4];
-            ops.axpy_dotc2(to - from, reals(t), reals(s0.p + (from - s0.i0)), reals(s1.p + (from - s1.i0)),
-                           reals(x + from), reals(y + from), out);
-            dot[0] = T(out[0], out[1]);
-            dot[1] = T(out[2], out[3]);
-            piece(s0, s0.i0, from, t[0], dot[0]);
-            piece(s0, to, e0, t[0], dot[0]);
-            piece(s1, s1.i0, from, t[1], dot[1]);
-            piece(s1, to, e1, t[1], dot[1]);
-        } else {
-            piece(s0, s0.i0, e0, t[0], dot[0]);
-            piece(s1, s1.i0, e1, t[1], dot[1]);
+    for (idx j = 0; j < n;) {
+        const int g = n - j >= width ? width : 1;
+        Seg<T> s[most];
+        T t[most], dot[most] = {};
+        idx from = 0, to = n;
+        for (int q = 0; q < g; ++q) {
+            s[q] = column(j + q);
+            t[q] = mul(alpha, x[j + q]);
+            if (s[q].i0 > from) from = s[q].i0;
+            if (s[q].i0 + s[q].len < to) to = s[q].i0 + s[q].len;
         }
-        y[j] += mul(t[0], real_part(s0.d)) + mul(alpha, dot[0]);
-        y[j + 1] += mul(t[1], real_part(s1.d)) + mul(alpha, dot[1]);
-    }
-    if (j < n) {
-        const Seg<T> s = column(j);
-        const T t = mul(alpha, x[j]);
-        T dot{};
-        piece(s, s.i0, s.i0 + s.len, t, dot);
-        y[j] += mul(t, real_part(s.d)) + mul(alpha, dot);
+        if (g == 1 || to <= from) {
+            for (int q = 0; q < g; ++q) piece(s[q], s[q].i0, s[q].i0 + s[q].len, t[q], dot[q]);
+        } else {
+            const Real<T>* c[most];
+            for (int q = 0; q < g; ++q) c[q] = reals(s[q].p + (from - s[q].i0));
+            Real<T> out[2 * most];
+            ops.axpy_dotc_cols(to - from, reals(t), c, reals(x + from), reals(y + from), out);
+            for (int q = 0; q < g; ++q) {
+                dot[q] = T(out[2 * q], out[2 * q + 1]);
+                piece(s[q], s[q].i0, from, t[q], dot[q]);
+                piece(s[q], to, s[q].i0 + s[q].len, t[q], dot[q]);
+            }
+        }
+        for (int q = 0; q < g; ++q) y[j + q] += mul(t[q], real_part(s[q].d)) + mul(alpha, dot[q]);
+        j += g;
     }
 }
 
@@ -69,11 +66,11 @@ void hermitian_product(int n, T alpha, const T* x, int incx, T beta, T* y, int i
     if (alpha == T(0)) return;
     const T* xp = x + first(n, incx);
     T* yp = y + first(n, incy);
-    // Complex columns with unit strides go to the tuned table, two at a time.
+    // Complex columns with unit strides go to the tuned table, a few at a time.
     if constexpr (is_complex_v<T>) {
         if (incx == 1 && incy == 1) {
             if (const auto* fused = tuned::complex_ops<Real<T>>()) {
-                hermitian_pairs(n, alpha, xp, yp, column, *fused);
+                hermitian_groups(n, alpha, xp, yp, column, *fused);
                 return;
             }
         }

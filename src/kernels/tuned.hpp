@@ -40,8 +40,10 @@ struct ComplexOps {
     // One column of a Hermitian product in one pass over it: y(i) += t * col(i), and out := sum
     // of conj(col(i)) * x(i); x and y with unit stride.
     void (*axpy_dotc)(long n, const R* t, const R* col, const R* x, R* y, R* out);
-    // The same for two columns over the same rows: t and out hold two complex numbers each.
-    void (*axpy_dotc2)(long n, const R* t, const R* c0, const R* c1, const R* x, R* y, R* out);
+    // The same for `cols` columns c[0 .. cols-1] over the same rows, in one pass: t and out
+    // hold one complex number per column. `cols` is the table's own width (2 or 4).
+    void (*axpy_dotc_cols)(long n, const R* t, const R* const* c, const R* x, R* y, R* out);
+    int cols;
 };
 
 // The table for the path that cpu::active() names, or null for the portable path.

@@ -534,44 +534,54 @@ void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
     out[1] = im;
 }
 
-// Two columns of a Hermitian product over the same rows in one pass: y(i) += t0 * c0(i) +
-// t1 * c1(i), out0 := sum of conj(c0(i)) * x(i), out1 likewise. y and x are read once for both,
-// and the two column streams keep more memory requests in flight than one.
-template <class T>
-void caxpy_dotc2(long n, const T* t, const T* c0, const T* c1, const T* x, T* y, T* out) {
+// Q columns of a Hermitian product over the same rows in one pass: y(i) += sum of t_q c_q(i),
+// out_q := sum of conj(c_q(i)) * x(i). y and x are read once for all of them, and several
+// column streams keep more memory requests in flight than one.
+template <class T, int Q>
+void caxpy_dotc_cols(long n, const T* t, const T* const* c, const T* x, T* y, T* out) {
     using v = V<T>;
     constexpr long w = v::w;
     const long len = 2 * n;
-    const auto tr0 = v::set1(t[0]), ti0 = pairs<v>(-t[1], t[1]);
-    const auto tr1 = v::set1(t[2]), ti1 = pairs<v>(-t[3], t[3]);
-    auto p0 = v::zero(), r0 = v::zero(), p1 = v::zero(), r1 = v::zero();
+    typename v::R tr[Q], ti[Q], p[Q], r[Q];
+    for (int q = 0; q < Q; ++q) {
+        tr[q] = v::set1(t[2 * q]);
+        ti[q] = pairs<v>(-t[2 * q + 1], t[2 * q + 1]);
+        p[q] = r[q] = v::zero();
+    }
     long i = 0;
     for (; i + w <= len; i += w) {
-        const auto a = v::load(c0 + i), b = v::load(c1 + i), xv = v::load(x + i), xs = v::swap(xv);
-        auto yv = v::fma(tr0, a, v::load(y + i));
-        yv = v::fma(ti0, v::swap(a), yv);
-        yv = v::fma(tr1, b, yv);
-        v::store(y + i, v::fma(ti1, v::swap(b), yv));
-        p0 = v::fma(a, xv, p0);
-        r0 = v::fma(a, xs, r0);
-        p1 = v::fma(b, xv, p1);
-        r1 = v::fma(b, xs, r1);
+        const auto xv = v::load(x + i), xs = v::swap(xv);
+        auto yv = v::load(y + i);
+        for (int q = 0; q < Q; ++q) {
+            const auto a = v::load(c[q] + i);
+            yv = v::fma(ti[q], v::swap(a), v::fma(tr[q], a, yv));
+            p[q] = v::fma(a, xv, p[q]);
+            r[q] = v::fma(a, xs, r[q]);
+        }
+        v::store(y + i, yv);
     }
     // p's lanes: cr xr, ci xi; r's: cr xi, ci xr
-    T re0 = sum_all<v>(p0), im0 = sum_diff<v>(r0), re1 = sum_all<v>(p1), im1 = sum_diff<v>(r1);
-    for (; i < len; i += 2) {
-        const T ar = c0[i], ai = c0[i + 1], br = c1[i], bi = c1[i + 1];
-        y[i] += t[0] * ar - t[1] * ai + (t[2] * br - t[3] * bi);
-        y[i + 1] += t[0] * ai + t[1] * ar + (t[2] * bi + t[3] * br);
-        re0 += ar * x[i] + ai * x[i + 1];
-        im0 += ar * x[i + 1] - ai * x[i];
-        re1 += br * x[i] + bi * x[i + 1];
-        im1 += br * x[i + 1] - bi * x[i];
+    T re[Q], im[Q];
+    for (int q = 0; q < Q; ++q) {
+        re[q] = sum_all<v>(p[q]);
+        im[q] = sum_diff<v>(r[q]);
     }
-    out[0] = re0;
-    out[1] = im0;
-    out[2] = re1;
-    out[3] = im1;
+    for (; i < len; i += 2) {
+        T yr = y[i], yi = y[i + 1];
+        for (int q = 0; q < Q; ++q) {
+            const T ar = c[q][i], ai = c[q][i + 1];
+            yr += t[2 * q] * ar - t[2 * q + 1] * ai;
+            yi += t[2 * q] * ai + t[2 * q + 1] * ar;
+            re[q] += ar * x[i] + ai * x[i + 1];
+            im[q] += ar * x[i + 1] - ai * x[i];
+        }
+        y[i] = yr;
+        y[i + 1] = yi;
+    }
+    for (int q = 0; q < Q; ++q) {
+        out[2 * q] = re[q];
+        out[2 * q + 1] = im[q];
+    }
 }
 
 }  // namespace
