@@ -200,9 +200,10 @@ TYPED_TEST(Level2, RankUpdates) {
                     for (T alpha : {T(0.5f), T(0)}) {
                         SCOPED_TRACE(::testing::Message() << "m " << m << " n " << n << " conj " << conj);
                         Mat<T> a(m, n, std::max(1, m + 2), g);
-                        Vec<T> x(m, -2, g), y(n, 3, g);
+                        const int ix = conj ? -2 : 1;  // a unit stride takes the tuned column update
+                        Vec<T> x(m, ix, g), y(n, 3, g);
                         const Mat<T> a0 = a;
-                        (conj ? kern::gerc<T> : kern::ger<T>)(m, n, alpha, x.data(), -2, y.data(), 3, a.data(), a.ld);
+                        (conj ? kern::gerc<T> : kern::ger<T>)(m, n, alpha, x.data(), ix, y.data(), 3, a.data(), a.ld);
                         const auto yv = y.values();
                         EXPECT_TRUE(matches(a, a0, product<T>(m, n, 1, alpha, column(x.values()), [&](int, int j) { return conj ? cj(widen(yv[j])) : widen(yv[j]); }, T(1), op(a0, 'N'))));
                     }
@@ -211,7 +212,8 @@ TYPED_TEST(Level2, RankUpdates) {
                 for (bool two : {false, true})
                     for (T alpha : {scalar<T>(0.75, two ? 0.375 : 0), T(0)}) {
                         SCOPED_TRACE(::testing::Message() << uplo << " n " << n << " rank " << (two ? 2 : 1));
-                        Vec<T> x(n, 2, g), y(n, -2, g);
+                        const int ix = n & 1 ? 1 : 2;
+                        Vec<T> x(n, ix, g), y(n, -2, g);
                         Mat<T> a(n, n, n + 1, g);
                         const auto in = [uplo](int i, int j) { return uplo == 'U' ? i <= j : i >= j; };
                         std::vector<T> packed;
@@ -221,11 +223,11 @@ TYPED_TEST(Level2, RankUpdates) {
                         const Mat<T> a0 = a;
                         const std::vector<T> p0 = packed;
                         if (two) {
-                            kern::her2(uplo, n, alpha, x.data(), 2, y.data(), -2, a.data(), n + 1);
-                            kern::hpr2(uplo, n, alpha, x.data(), 2, y.data(), -2, packed.data());
+                            kern::her2(uplo, n, alpha, x.data(), ix, y.data(), -2, a.data(), n + 1);
+                            kern::hpr2(uplo, n, alpha, x.data(), ix, y.data(), -2, packed.data());
                         } else {
-                            kern::her(uplo, n, std::real(alpha), x.data(), 2, a.data(), n + 1);
-                            kern::hpr(uplo, n, std::real(alpha), x.data(), 2, packed.data());
+                            kern::her(uplo, n, std::real(alpha), x.data(), ix, a.data(), n + 1);
+                            kern::hpr(uplo, n, std::real(alpha), x.data(), ix, packed.data());
                         }
                         if (alpha == T(0)) {
                             EXPECT_TRUE(same_bits(a0.v, a.v));
