@@ -41,7 +41,7 @@ struct ComplexOps {
     // of conj(col(i)) * x(i); x and y with unit stride.
     void (*axpy_dotc)(long n, const R* t, const R* col, const R* x, R* y, R* out);
     // The same for `cols` columns c[0 .. cols-1] over the same rows, in one pass: t and out
-    // hold one complex number per column. `cols` is the table's own width (2 or 4).
+    // hold one complex number per column. `cols` is the table's own width.
     void (*axpy_dotc_cols)(long n, const R* t, const R* const* c, const R* x, R* y, R* out);
     int cols;
 };

@@ -496,43 +496,6 @@ void cgemv_t(long m, long n, const T* alpha, const T* a, long lda, const T* x, T
     }
 }
 
-template <class T>
-void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
-    using v = V<T>;
-    constexpr long w = v::w;
-    const long len = 2 * n;
-    const auto tr = v::set1(t[0]), ti = pairs<v>(-t[1], t[1]);
-    T re = 0, im = 0;
-    auto one = [&](long i) {
-        const T cr = col[i], ci = col[i + 1];
-        y[i] += t[0] * cr - t[1] * ci;
-        y[i + 1] += t[0] * ci + t[1] * cr;
-        re += cr * x[i] + ci * x[i + 1];
-        im += cr * x[i + 1] - ci * x[i];
-    };
-    long i = 0;
-    typename v::R p[2] = {v::zero(), v::zero()}, r[2] = {v::zero(), v::zero()};
-    for (; i + 2 * w <= len; i += 2 * w)
-        for (int u = 0; u < 2; ++u) {
-            const long k = i + u * w;
-            const auto c0 = v::load(col + k), cs = v::swap(c0), x0 = v::load(x + k);
-            v::store(y + k, v::fma(ti, cs, v::fma(tr, c0, v::load(y + k))));
-            p[u] = v::fma(c0, x0, p[u]);
-            r[u] = v::fma(cs, x0, r[u]);
-        }
-    for (; i + w <= len; i += w) {
-        const auto c0 = v::load(col + i), cs = v::swap(c0), x0 = v::load(x + i);
-        v::store(y + i, v::fma(ti, cs, v::fma(tr, c0, v::load(y + i))));
-        p[0] = v::fma(c0, x0, p[0]);
-        r[0] = v::fma(cs, x0, r[0]);
-    }
-    // p's lanes: cr xr, ci xi; r's: ci xr, cr xi
-    re += sum_all<v>(v::add(p[0], p[1]));
-    im -= sum_diff<v>(v::add(r[0], r[1]));
-    for (; i < len; i += 2) one(i);
-    out[0] = re;
-    out[1] = im;
-}
 
 // Q columns of a Hermitian product over the same rows in one pass: y(i) += sum of t_q c_q(i),
 // out_q := sum of conj(c_q(i)) * x(i). y and x are read once for all of them, and several
@@ -582,6 +545,12 @@ void caxpy_dotc_cols(long n, const T* t, const T* const* c, const T* x, T* y, T*
         out[2 * q] = re[q];
         out[2 * q + 1] = im[q];
     }
+}
+
+// One column: the group of one.
+template <class T>
+void caxpy_dotc(long n, const T* t, const T* col, const T* x, T* y, T* out) {
+    caxpy_dotc_cols<T, 1>(n, t, &col, x, y, out);
 }
 
 }  // namespace

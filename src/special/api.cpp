@@ -2,7 +2,7 @@
 #include <complex>
 
 #include "frame/frame.hpp"
-#include "special/special.hpp"
+#include "special/functions.hpp"
 
 using namespace qnum;
 

@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "frame/frame.hpp"
-#include "special/special.hpp"
+#include "special/functions.hpp"
 
 namespace qnum::special {
 // The count is decided in float even for double tables: every table of a precision then keeps

@@ -3,7 +3,7 @@
 #include <complex>
 
 #include "frame/frame.hpp"
-#include "special/special.hpp"
+#include "special/functions.hpp"
 #include "special/tables.hpp"
 
 namespace qnum::special {

@@ -5,7 +5,7 @@
 #include "frame/cpu.hpp"
 #include "frame/frame.hpp"
 #include "frame/registry.hpp"
-#include "special/special.hpp"
+#include "special/functions.hpp"
 #include "special/tables.hpp"
 
 namespace qnum::special {

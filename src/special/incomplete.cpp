@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "frame/frame.hpp"
-#include "special/special.hpp"
+#include "special/functions.hpp"
 
 namespace qnum::special {
 namespace {

@@ -13,7 +13,7 @@
 #include "frame/cpu.hpp"
 #include "qnum_test.hpp"
 #include "qnummath.h"
-#include "special_test.hpp"
+#include "functions_test.hpp"
 
 namespace qnum::test {
 namespace {

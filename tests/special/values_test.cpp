@@ -8,9 +8,9 @@
 
 #include "qnum_test.hpp"
 #include "qnummath.h"
-#include "special/special.hpp"
+#include "special/functions.hpp"
 #include "special/tables.hpp"
-#include "special_test.hpp"
+#include "functions_test.hpp"
 
 namespace qnum::test {
 namespace {
