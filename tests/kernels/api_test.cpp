@@ -239,6 +239,11 @@ TEST_F(KernelErrors, UncheckedAndBoundaryCases) {
     qnum_strsv("U", "N", "N", 3, b.fa, 2, b.fx, 1);
     qnum_sgbmv("N", 1, &zero, &n3, &seven, &one, &fs, b.fa, &nine, b.fx, &one, &fs, b.fy, &one);
     qnum_dsgbmv("N", 1, &m3, &zero, &one, &seven, &ds, b.da, &nine, b.dx, &one, &ds, b.dy, &one);
+    // The smallest valid sizes and widths: no rows, no order, no lower band.
+    const float f0 = 0, f1 = 1;
+    qnum_sger(0, 3, fs, b.fx, 1, b.fy, 1, b.fa, 3);
+    qnum_stbmv("U", 1, "N", 1, "N", 1, &zero, &zero, b.fa, &one, b.fx, &one);
+    qnum_sgbmv("N", 1, &m3, &n3, &zero, &one, &f0, b.fa, &n3, b.fx, &one, &f1, b.fy, &one);
     EXPECT_TRUE(events.empty());
     EXPECT_TRUE(b == Bufs());
 }
